@@ -1,0 +1,50 @@
+# zelkovanta_library(NAME SOURCES ... [PUBLIC libs...] [PRIVATE libs...])
+#   One folder is one library: target zelkovanta_NAME, alias ZelkoVanta::NAME. Includes are relative to the root.
+#
+# zelkovanta_test(NAME SOURCES ... LIBRARIES libs... [LABELS labels...] [LAUNCHER command...])
+#   One executable of GoogleTest cases, registered with CTest as one test.
+
+set(ZELKOVANTA_WARNINGS
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual
+    -Wconversion -Wsign-conversion -Woverloaded-virtual -Wunused -Werror)
+
+find_package(Threads REQUIRED)
+find_package(GTest REQUIRED)
+
+# Part of the C++ library and of Asio that nearly every source sees, compiled once. Targets with the same flags reuse it.
+add_library(zelkovanta_precompiled OBJECT "${CMAKE_CURRENT_LIST_DIR}/precompiled.cpp")
+target_precompile_headers(zelkovanta_precompiled PRIVATE "${CMAKE_CURRENT_LIST_DIR}/precompiled.h")
+target_compile_options(zelkovanta_precompiled PRIVATE ${ZELKOVANTA_WARNINGS})
+
+add_library(zelkovanta_precompiled_tests OBJECT "${CMAKE_CURRENT_LIST_DIR}/precompiled.cpp")
+target_precompile_headers(zelkovanta_precompiled_tests PRIVATE "${CMAKE_CURRENT_LIST_DIR}/precompiled_tests.h")
+target_compile_options(zelkovanta_precompiled_tests PRIVATE ${ZELKOVANTA_WARNINGS})
+target_link_libraries(zelkovanta_precompiled_tests PRIVATE GTest::gmock Threads::Threads)
+
+function(zelkovanta_library name)
+  cmake_parse_arguments(ARG "NO_PRECOMPILED" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(zelkovanta_${name} STATIC ${ARG_SOURCES})
+  add_library(ZelkoVanta::${name} ALIAS zelkovanta_${name})
+  target_include_directories(zelkovanta_${name} PUBLIC "${CMAKE_SOURCE_DIR}")
+  target_compile_options(zelkovanta_${name} PRIVATE ${ZELKOVANTA_WARNINGS})
+  target_link_libraries(zelkovanta_${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  if(NOT ARG_NO_PRECOMPILED)
+    target_precompile_headers(zelkovanta_${name} REUSE_FROM zelkovanta_precompiled)
+  endif()
+endfunction()
+
+function(zelkovanta_test name)
+  cmake_parse_arguments(ARG "NO_PRECOMPILED" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;LAUNCHER" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_compile_options(${name} PRIVATE ${ZELKOVANTA_WARNINGS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main Threads::Threads)
+  if(NOT ARG_NO_PRECOMPILED)
+    target_precompile_headers(${name} REUSE_FROM zelkovanta_precompiled_tests)
+  endif()
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_test(NAME ${name} COMMAND ${ARG_LAUNCHER} $<TARGET_FILE:${name}> WORKING_DIRECTORY "${CMAKE_SOURCE_DIR}")
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+endfunction()
