@@ -12,45 +12,56 @@ namespace zelkovanta::platform::simulated {
 EventLoop::EventLoop(WallTime start) : start_(start) {}
 
 EventLoop::~EventLoop() {
-    // Work may own objects whose destructors withdraw timers or post: let go of it while the members still stand.
-    timers_.clear();
-    while (!ready_.empty()) {
-        ready_.pop_front();
+    for (const auto& thread : threads_) {
+        thread->end();
     }
+    // Calls own coroutines, whose unwinding may withdraw timers: let go of them one at a time.
+    while (!timers_.empty()) {
+        const auto node = timers_.extract(timers_.begin());
+    }
+    whenById_.clear();
 }
 
-EventLoop::Thread::~Thread() {
-    loop_->forget(*this);
-    shutdown();
-}
+EventLoop::Thread& EventLoop::makeThread() { return *threads_.emplace_back(std::make_unique<Thread>(*this)); }
+
+EventLoop::Thread::~Thread() { shutdown(); }
 
 void EventLoop::Thread::post(Work work) {
-    if (held_) {
-        waiting_.push_back(std::move(work));
-        return;
+    switch (phase_) {
+        case Phase::running:
+            loop_.ready_.push_back({this, std::move(work)});
+            break;
+        case Phase::held:
+            waiting_.push_back(std::move(work));
+            break;
+        case Phase::ended:
+            break;
     }
-    loop_->ready_.push_back({this, std::move(work)});
 }
 
 void EventLoop::Thread::setHeld(bool held) {
-    held_ = held;
+    if (phase_ == Phase::ended) {
+        return;
+    }
+    phase_ = held ? Phase::held : Phase::running;
     if (held) {
         return;
     }
     for (auto& work : std::exchange(waiting_, {})) {
-        loop_->ready_.push_back({this, std::move(work)});
+        loop_.ready_.push_back({this, std::move(work)});
     }
 }
 
-void EventLoop::forget(Thread& thread) {
-    std::vector<PostingContext::Work> dropped;
-    for (auto& item : ready_) {
-        if (item.thread == &thread) {
-            item.thread = nullptr;
+void EventLoop::Thread::end() {
+    phase_ = Phase::ended;
+    waiting_.clear();
+    std::vector<Work> dropped;
+    for (auto& item : loop_.ready_) {
+        if (item.thread == this) {
             dropped.push_back(std::move(item.work));
         }
     }
-    std::erase_if(ready_, [](const Item& item) { return item.thread == nullptr; });
+    std::erase_if(loop_.ready_, [this](const Item& item) { return item.thread == this; });
 }
 
 WallTime EventLoop::wallNow() const {
@@ -79,7 +90,7 @@ void EventLoop::runReady() {
     while (!ready_.empty()) {
         Item item = std::move(ready_.front());
         ready_.pop_front();
-        if (item.thread->held_) {
+        if (item.thread->phase_ == Thread::Phase::held) {
             item.thread->waiting_.push_back(std::move(item.work));
             continue;
         }

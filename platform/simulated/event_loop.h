@@ -8,8 +8,10 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace zelkovanta::platform::simulated {
 
@@ -24,10 +26,10 @@ public:
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
-    /// A further simulated thread. It must not be used after the loop is gone.
+    /// A simulated thread. It belongs to the loop, since a coroutine that is let go unwinds through its executor.
     class Thread final : public PostingContext {
     public:
-        explicit Thread(EventLoop& loop) : loop_(&loop) {}
+        explicit Thread(EventLoop& loop) : loop_(loop) {}
         ~Thread() override;
         Thread(const Thread&) = delete;
         Thread& operator=(const Thread&) = delete;
@@ -35,13 +37,18 @@ public:
         void post(Work work) override;
         /// While a thread is held its work waits: a blocked thread, or a suspended computer.
         void setHeld(bool held);
+        /// Drops all work, now and from here on: the thread's process is gone.
+        void end();
 
     private:
         friend class EventLoop;
-        EventLoop* loop_;
-        bool held_ = false;
+        enum class Phase : std::uint8_t { running, held, ended };
+        EventLoop& loop_;
+        Phase phase_ = Phase::running;
         std::deque<Work> waiting_;
     };
+
+    [[nodiscard]] Thread& makeThread();
 
     [[nodiscard]] SteadyTime now() const { return now_; }
     [[nodiscard]] WallTime wallNow() const;
@@ -64,9 +71,9 @@ private:
         Thread* thread;
         PostingContext::Work work;
     };
-    void forget(Thread& thread);
     bool runNextTimer(SteadyTime until);
 
+    std::vector<std::unique_ptr<Thread>> threads_;
     std::deque<Item> ready_;
     // Ordered by time, then by number, so that calls for one moment come in the order in which they were asked for.
     std::map<std::pair<SteadyTime, TimerId>, std::move_only_function<void()>> timers_;

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 struct EventLoopTest : testing::Test {
     EventLoop loop;
-    EventLoop::Thread thread{loop};
+    EventLoop::Thread& thread = loop.makeThread();
     ManualClock clock{loop};
     std::vector<std::string> seen;
 };
@@ -90,7 +90,7 @@ TEST_F(EventLoopTest, aSleepingTaskIsLetGoWithTheLoop) {
     auto witness = std::make_shared<int>(0);
     {
         EventLoop other;
-        EventLoop::Thread otherThread{other};
+        EventLoop::Thread& otherThread = other.makeThread();
         ManualClock otherClock{other};
         startTask(otherThread.executor(), [&otherClock, witness]() -> Awaitable<void> {
             co_await sleepFor(otherClock, 1h);
