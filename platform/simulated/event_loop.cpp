@@ -45,6 +45,7 @@ void EventLoop::Thread::setHeld(bool held) {
     }
     phase_ = held ? Phase::held : Phase::running;
     if (held) {
+        takeReadyWork(waiting_);
         return;
     }
     for (auto& work : std::exchange(waiting_, {})) {
@@ -54,11 +55,14 @@ void EventLoop::Thread::setHeld(bool held) {
 
 void EventLoop::Thread::end() {
     phase_ = Phase::ended;
-    waiting_.clear();
-    std::vector<Work> dropped;
+    std::deque<Work> dropped = std::exchange(waiting_, {});
+    takeReadyWork(dropped);
+}
+
+void EventLoop::Thread::takeReadyWork(std::deque<Work>& to) {
     for (auto& item : loop_.ready_) {
         if (item.thread == this) {
-            dropped.push_back(std::move(item.work));
+            to.push_back(std::move(item.work));
         }
     }
     std::erase_if(loop_.ready_, [this](const Item& item) { return item.thread == this; });
@@ -90,10 +94,6 @@ void EventLoop::runReady() {
     while (!ready_.empty()) {
         Item item = std::move(ready_.front());
         ready_.pop_front();
-        if (item.thread->phase_ == Thread::Phase::held) {
-            item.thread->waiting_.push_back(std::move(item.work));
-            continue;
-        }
         ++workDone_;
         item.work();
     }

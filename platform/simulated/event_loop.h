@@ -43,6 +43,8 @@ public:
     private:
         friend class EventLoop;
         enum class Phase : std::uint8_t { running, held, ended };
+        void takeReadyWork(std::deque<Work>& to);
+
         EventLoop& loop_;
         Phase phase_ = Phase::running;
         std::deque<Work> waiting_;
