@@ -11,6 +11,7 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,15 +35,16 @@ public:
     template <class T>
     using Result = platform::Awaitable<std::expected<T, APIError>>;
 
-    /// Without a token for the calls that pair a computer.
+    /// Without a token for the calls that pair a computer. Operations go to "api/v1" below `baseURL`.
     [[nodiscard]] static std::shared_ptr<APIClient> make(records::Url baseURL, std::optional<std::string> token,
                                                          const APIClientPorts& ports);
     ~APIClient();
 
     /// Called, on `background`, when the server says that the token is dead, before the operation fails. Replaces the
-    /// handler before it; an empty one clears it. Any thread.
+    /// handler before it; an empty one clears it. Any thread; a call that has already begun may end after this returns.
     void setOnDeviceTokenRevoked(std::function<void()> handler);
 
+    // The two that create a device carry the app-check token.
     Result<records::PairRedeemResponse> redeemPairingCode(records::PairRedeemRequest request);
     Result<records::QrTokenResponse> requestPairing(records::PairRequestBody request);
     Result<records::PairRequestPoll> pollPairing(std::string claimToken);
@@ -58,9 +60,31 @@ public:
 
 private:
     struct Private;
+    struct Operation;
 
 public:
     APIClient(const Private&, records::Url baseURL, std::optional<std::string> token, const APIClientPorts& ports);
+    APIClient(const APIClient&) = delete;
+    APIClient& operator=(const APIClient&) = delete;
+
+private:
+    template <class T>
+    static Result<T> perform(std::shared_ptr<const APIClient> client, Operation operation);
+    template <class T>
+    static Result<T> send(std::shared_ptr<const APIClient> client, Operation operation);
+    static Result<std::int64_t> performCounting(std::shared_ptr<const APIClient> client, Operation operation);
+
+    [[nodiscard]] platform::HttpRequest makeRequest(Operation operation) const;
+    [[nodiscard]] APIError failure(const platform::HttpResponse& response) const;
+    void reportRevokedToken() const;
+
+    const records::Url baseURL_;
+    const std::optional<std::string> token_;
+    const platform::InformationDictionary& information_;
+    const platform::Executor background_;
+    const std::unique_ptr<platform::UrlSession> session_;
+    mutable std::mutex handlerMutex_;
+    std::function<void()> onDeviceTokenRevoked_;  ///< under `handlerMutex_`
 };
 
 }  // namespace zelkovanta::server

@@ -1,1 +1,109 @@
+#include "server/api_error.h"
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zelkovanta::server {
+
+namespace {
+
+using platform::TransportCause;
+
+constexpr std::array<std::pair<std::string_view, std::string_view>, 9> sentencesByCode{{
+    {"invalid_code", "That code isn't valid. Check it and try again."},
+    {"expired_code", "That code has expired. Generate a new one in the admin."},
+    {"duplicate_active_signal", "This room already has an active signal."},
+    {"already_cleared", "That signal was already cleared."},
+    {"provider_off_shift", "That doctor is off shift right now."},
+    {"room_required", "Pick a room first."},
+    {"too_many_attempts", "Too many attempts. Wait a moment and try again."},
+    {"not_a_station", "This device can't be signed into."},
+    {"signin_required", "Sign in to use this computer first."},
+}};
+
+std::string_view sentence(TransportCause cause) {
+    switch (cause) {
+        case TransportCause::noNetwork:
+            return "This computer has no network connection.";
+        case TransportCause::nameNotFound:
+            return "The server's name can't be found. Check the server address.";
+        case TransportCause::refused:
+            return "Nothing answers at the server's address. The server may be down for a moment.";
+        case TransportCause::timedOut:
+            return "The server took too long to answer.";
+        case TransportCause::certificateRefused:
+            return "The server's certificate can't be trusted, so nothing was sent.";
+        case TransportCause::proxyFailed:
+            return "The network's proxy didn't let the connection through.";
+        case TransportCause::interrupted:
+            return "The connection to the server broke off.";
+        case TransportCause::tooLarge:
+            return "The server's answer is too large.";
+        case TransportCause::badServerResponse:
+            return "What answers at the server's address isn't the server.";
+        case TransportCause::cancelled:
+            return "The request was given up.";
+    }
+    std::unreachable();
+}
+
+/// Fills the format words in one pass, so that what is put in is never taken for a format word itself.
+std::string filled(std::string_view format, int status, std::string_view error) {
+    constexpr std::string_view numberWord = "%lld";
+    constexpr std::string_view textWord = "%@";
+    std::string text;
+    while (!format.empty()) {
+        if (format.starts_with(numberWord)) {
+            text += std::to_string(status);
+            format.remove_prefix(numberWord.size());
+        } else if (format.starts_with(textWord)) {
+            text += error;
+            format.remove_prefix(textWord.size());
+        } else {
+            text += format.front();
+            format.remove_prefix(1);
+        }
+    }
+    return text;
+}
+
+struct Describe {
+    const platform::StringTable& strings;
+
+    std::string operator()(const api_error::BadStatus& error) const {
+        if (error.message && !error.message->empty()) {
+            return *error.message;
+        }
+        const auto* const known =
+            std::ranges::find(sentencesByCode, error.error, [](const auto& row) { return row.first; });
+        if (known != sentencesByCode.end()) {
+            return strings.localized(known->second);
+        }
+        return filled(strings.localized("Server error (%lld): %@"), error.code, error.error);
+    }
+    std::string operator()(const api_error::InCooldown& error) const {
+        return error.message == api_error::cooldownSentence ? strings.localized(api_error::cooldownSentence)
+                                                            : error.message;
+    }
+    std::string operator()(const api_error::Decoding&) const {
+        return strings.localized("Unexpected response from the server.");
+    }
+    std::string operator()(const api_error::Transport& error) const {
+        return strings.localized(sentence(error.underlying.cause));
+    }
+    std::string operator()(const api_error::InvalidURL&) const { return strings.localized("Invalid server URL."); }
+};
+
+}  // namespace
+
+std::string localizedDescription(const APIError& error, const platform::StringTable& strings) {
+    return std::visit(Describe{strings}, error);
+}
+
+bool isHttpStatus(const APIError& error, int status) {
+    const auto* const answered = std::get_if<api_error::BadStatus>(&error);
+    return answered != nullptr && answered->code == status;
+}
+
+}  // namespace zelkovanta::server

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace zelkovanta::server {
@@ -19,6 +20,9 @@ struct BadStatus {
     std::optional<std::string> message;
     bool operator==(const BadStatus&) const = default;
 };
+
+/// Stands in for a cooldown's message where the server sent none. A key of the string table.
+inline constexpr std::string_view cooldownSentence = "You're on a short cooldown after being moved off shift.";
 
 /// The member may not act yet.
 struct InCooldown {
@@ -50,10 +54,11 @@ struct InvalidURL {
 using APIError = std::variant<api_error::BadStatus, api_error::InCooldown, api_error::Decoding, api_error::Transport,
                               api_error::InvalidURL>;
 
-/// The sentence that a person reads.
+/// The sentence that a person reads. The server's own words pass as they are; every other sentence is looked up with
+/// the English text as its key. Pure, any thread.
 [[nodiscard]] std::string localizedDescription(const APIError& error, const platform::StringTable& strings);
 
-/// Whether the server answered with this HTTP status.
+/// Whether this is a `BadStatus` with this HTTP status. A cooldown is none, whatever its status was.
 [[nodiscard]] bool isHttpStatus(const APIError& error, int status);
 
 }  // namespace zelkovanta::server
