@@ -58,8 +58,8 @@ public:
     [[nodiscard]] virtual SteadyTime steadyNow() const = 0;
     [[nodiscard]] virtual WallTime wallNow() const = 0;
 
-    /// Runs `call` on `executor` once `delay` has passed, unless the returned timer was reset before. The clock owns the
-    /// call, the timer does not: a call may own its own timer.
+    /// Runs `call` on `executor` once `delay` has passed, unless the returned timer was reset before. The clock owns
+    /// the call, the timer does not: a call may own its own timer.
     [[nodiscard]] virtual Timer callAfter(Duration delay, Executor executor, std::move_only_function<void()> call) = 0;
 };
 

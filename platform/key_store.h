@@ -18,8 +18,8 @@ struct KeyStoreItem {
 class KeyStore {
 public:
     virtual ~KeyStore() = default;
-    /// None if the item is missing or empty, or if there is no working key store. Waits while the store is locked, until
-    /// it was unlocked or the person declined.
+    /// None if the item is missing or empty, or if there is no working key store. Waits while the store is locked,
+    /// until it was unlocked or the person declined.
     virtual Awaitable<std::optional<std::string>> read(KeyStoreItem item) = 0;
     /// Updates the item, or adds it. A failure is ignored.
     virtual void write(KeyStoreItem item, std::string value) = 0;

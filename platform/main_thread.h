@@ -31,7 +31,8 @@ public:
     explicit PostingExecutor(PostingContext& context) noexcept : context_(&context) {}
 
     [[nodiscard]] PostingContext& query(boost::asio::execution::context_t) const noexcept { return *context_; }
-    [[nodiscard]] static constexpr boost::asio::execution::blocking_t query(boost::asio::execution::blocking_t) noexcept {
+    [[nodiscard]] static constexpr boost::asio::execution::blocking_t query(
+        boost::asio::execution::blocking_t) noexcept {
         return boost::asio::execution::blocking.never;
     }
     [[nodiscard]] PostingExecutor require(boost::asio::execution::blocking_t::never_t) const noexcept { return *this; }
@@ -47,6 +48,8 @@ private:
     PostingContext* context_;
 };
 
-inline Executor PostingContext::executor() { return PostingExecutor{*this}; }
+inline Executor PostingContext::executor() {
+    return PostingExecutor{*this};
+}
 
 }  // namespace zelkovanta::platform

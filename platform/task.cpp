@@ -48,8 +48,7 @@ TaskHandle startTask(Executor executor, std::function<Awaitable<void>(Cancellati
 }
 
 void startTask(Executor executor, std::function<Awaitable<void>()> task) {
-    startTask(std::move(executor),
-              [task = std::move(task)](CancellationToken) -> Awaitable<void> { return task(); });
+    startTask(std::move(executor), [task = std::move(task)](CancellationToken) -> Awaitable<void> { return task(); });
 }
 
 Awaitable<void> sleepFor(Clock& clock, Duration delay, CancellationToken token) {

@@ -22,9 +22,13 @@ EventLoop::~EventLoop() {
     whenById_.clear();
 }
 
-EventLoop::Thread& EventLoop::makeThread() { return *threads_.emplace_back(std::make_unique<Thread>(*this)); }
+EventLoop::Thread& EventLoop::makeThread() {
+    return *threads_.emplace_back(std::make_unique<Thread>(*this));
+}
 
-EventLoop::Thread::~Thread() { shutdown(); }
+EventLoop::Thread::~Thread() {
+    shutdown();
+}
 
 void EventLoop::Thread::post(Work work) {
     switch (phase_) {

@@ -95,9 +95,7 @@ public:
     [[nodiscard]] WallTime wallNow() const override { return loop_.wallNow() + wallOffset_; }
     [[nodiscard]] Timer callAfter(Duration delay, Executor executor, std::move_only_function<void()> call) override;
 
-    void setWallOffset(Duration offset) {
-        wallOffset_ = std::chrono::duration_cast<std::chrono::microseconds>(offset);
-    }
+    void setWallOffset(Duration offset) { wallOffset_ = std::chrono::duration_cast<std::chrono::microseconds>(offset); }
 
 private:
     EventLoop& loop_;

@@ -1,0 +1,335 @@
+#include "records/text.h"
+#include "store/app_store.h"
+#include "store/settings.h"
+
+#include <utility>
+
+#include <boost/asio/post.hpp>
+
+namespace zelkovanta::store {
+
+namespace asio = boost::asio;
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto revalidationInterval = 10s;
+constexpr auto powerOffSignOutLimit = 2s;
+constexpr auto loginItemCheckInterval = 100ms;
+constexpr int loginItemChecks = 20;
+constexpr auto loginItemSecondRound = 250ms;
+
+constexpr std::string_view revokedNotice = "This computer is no longer linked. Scan the code to set it up again.";
+
+records::DeviceRole roleFromStored(std::string_view word) {
+    return records::deviceRoleFromRawValue(word).value_or(records::DeviceRole::room);
+}
+
+/// A server's root must name a host over HTTP; a relative reference parses as well, but nothing can be asked of it.
+std::optional<records::Url> usableServerURL(std::string_view text) {
+    auto url = records::Url::parse(records::trimmed(text));
+    if (!url || (url->scheme() != "https" && url->scheme() != "http") || url->host().empty()) {
+        return std::nullopt;
+    }
+    return url;
+}
+
+}  // namespace
+
+platform::Awaitable<void> AppStore::resumeSavedSession(std::weak_ptr<AppStore> weak) {
+    const auto keyStore = [&weak]() -> platform::KeyStore* {
+        const auto self = weak.lock();
+        return self && !self->state_.isPaired ? &self->ports_.keyStore : nullptr;
+    }();
+    if (!keyStore) {
+        co_return;
+    }
+    const std::optional<std::string> token = co_await keyStore->read(deviceTokenItem());
+    if (const auto self = weak.lock()) {
+        self->resumeWithToken(token);
+    }
+}
+
+void AppStore::resumeWithToken(const std::optional<std::string>& token) {
+    if (state_.isPaired) {
+        return;  // Paired by hand while the key store was being read.
+    }
+    const auto url = usableServerURL(state_.settings.serverURLString);
+    if (!token || token->empty() || !url) {
+        restartSetupQr();
+        return;
+    }
+    assign(StoreField::isPaired, state_.isPaired, true);
+    assign(StoreField::role, state_.role, roleFromStored(state_.settings.storedRole));
+    collaborators_.crash.writeContext(PairedContext::paired);
+    startSession(*url, *token);
+}
+
+void AppStore::startSession(const records::Url& baseURL, const std::string& token) {
+    if (socket_) {
+        socket_->stop();
+        socket_.reset();
+    }
+    if (apiClient_) {
+        apiClient_->setOnDeviceTokenRevoked({});
+    }
+    collaborators_.crash.clearSender();
+
+    sessionBaseURL_ = baseURL;
+    sessionToken_ = token;
+    state_.hasAuthenticatedSnapshot = false;
+    publishActiveQueueNotes();
+
+    apiClient_ = makeClient(baseURL, token);
+    installUnauthorizedHandler();
+    installCrashSender();
+    platform::startTask(ports_.main, [weak = weak_from_this()]() -> platform::Awaitable<void> {
+        if (const auto self = weak.lock()) {
+            co_await self->collaborators_.crash.flush();
+        }
+    });
+    fetchState();
+    startSocket();
+}
+
+void AppStore::startSocket() {
+    socket_ = server::WebSocketClient::make(*sessionBaseURL_, *sessionToken_,
+                                            {.webSocketLoading = ports_.webSocketLoading,
+                                             .clock = ports_.clock,
+                                             .random = ports_.random,
+                                             .queue = ports_.background.makeSerialQueue(),
+                                             .main = ports_.main});
+    // An event counts only if it comes from the socket and the generation that are current when it arrives.
+    const auto whileCurrent = [weak = weak_from_this(), weakSocket = std::weak_ptr(socket_),
+                               generation = publicationGeneration_](auto&& act) {
+        const auto self = weak.lock();
+        const auto socket = weakSocket.lock();
+        if (self && socket && self->socket_ == socket && self->publicationGeneration_ == generation) {
+            act(*self);
+        }
+    };
+    socket_->onMessage = [whileCurrent](server::ServerMessage message) {
+        whileCurrent([&message](AppStore& self) { self.applyServerMessage(std::move(message)); });
+    };
+    socket_->onStateChange = [whileCurrent](server::ConnectionState state) {
+        whileCurrent(
+            [state](AppStore& self) { self.assign(StoreField::connectionState, self.state_.connectionState, state); });
+    };
+    socket_->onRevoked = [whileCurrent] { whileCurrent([](AppStore& self) { self.handleRevoked(); }); };
+    socket_->onUpgradeUnauthorized = [whileCurrent] { whileCurrent([](AppStore& self) { self.revalidateState(); }); };
+    socket_->start();
+}
+
+void AppStore::installUnauthorizedHandler() {
+    apiClient_->setOnDeviceTokenRevoked([main = ports_.main, weak = weak_from_this(),
+                                         weakClient = std::weak_ptr(apiClient_), generation = publicationGeneration_] {
+        asio::post(main, [weak, weakClient, generation] {
+            const auto self = weak.lock();
+            if (self && self->holds({generation, weakClient.lock()})) {
+                self->handleRevoked();
+            }
+        });
+    });
+}
+
+void AppStore::installCrashSender() {
+    collaborators_.crash.setSender(sessionBaseURL_->text(),
+                                   [weak = weak_from_this(), guard = captureGuard()](std::vector<std::string> reports) {
+                                       return sendReports(weak, guard, std::move(reports));
+                                   });
+}
+
+platform::Awaitable<std::expected<std::int64_t, server::APIError>> AppStore::sendReports(
+    std::weak_ptr<AppStore> weak, ReplyGuard guard, std::vector<std::string> reports) {
+    const auto self = weak.lock();
+    if (!self || !self->holds(guard)) {
+        co_return std::unexpected(
+            server::api_error::Transport{platform::TransportError{platform::TransportCause::cancelled}});
+    }
+    co_return co_await guard.client->sendCrashReports(std::move(reports));
+}
+
+void AppStore::restartRealtime(Refetch refetch) {
+    if (!apiClient_ || !sessionBaseURL_ || !sessionToken_) {
+        return;
+    }
+    installUnauthorizedHandler();
+    installCrashSender();
+    if (socket_) {
+        socket_->stop();
+        socket_.reset();
+    }
+    startSocket();
+    if (refetch == Refetch::yes) {
+        fetchState();
+    }
+}
+
+/// Asks for the whole state. Where that fails, everything stays as it is and nothing is shown.
+void AppStore::fetchState() {
+    platform::startTask(ports_.main, [weak = weak_from_this(), guard = captureGuard()]() -> platform::Awaitable<void> {
+        auto reply = co_await guard.client->fetchState();
+        const auto self = weak.lock();
+        if (self && reply && self->holds(guard)) {
+            self->applySnapshot(std::move(*reply));
+        }
+    });
+}
+
+/// A refused upgrade alone does not prove that the token is dead, since a proxy or a clock can refuse as well. REST
+/// decides: its 401 ends the pairing.
+void AppStore::revalidateState() {
+    if (!state_.isPaired || !apiClient_) {
+        return;
+    }
+    const platform::SteadyTime now = ports_.clock.steadyNow();
+    if (lastRevalidateAt_ && now - *lastRevalidateAt_ <= revalidationInterval) {
+        return;
+    }
+    lastRevalidateAt_ = now;
+    fetchState();
+}
+
+platform::Awaitable<void> AppStore::unlinkComputer() {
+    const auto self = shared_from_this();
+    const ReplyGuard guard = captureGuard();
+    if (!guard.client) {
+        co_return;
+    }
+    const auto reply = co_await guard.client->deleteDevice();
+    if (!holds(guard)) {
+        co_return;
+    }
+    // After a 401 the computer is gone from the server in any case.
+    if (reply || server::isHttpStatus(reply.error(), 401)) {
+        resetToUnpaired();
+    } else {
+        setLastError(describe(reply.error()));
+    }
+}
+
+/// The one local end of a pairing; makes no request.
+void AppStore::resetToUnpaired() {
+    ++publicationGeneration_.current;  // First: every reply under way is void from here on.
+    if (socket_) {
+        socket_->stop();
+        socket_.reset();
+    }
+    if (apiClient_) {
+        apiClient_->setOnDeviceTokenRevoked({});
+        apiClient_.reset();
+    }
+    sessionBaseURL_.reset();
+    sessionToken_.reset();
+    collaborators_.crash.clearSender();
+    collaborators_.crash.writeContext(PairedContext::unpaired);
+    collaborators_.beacon.stop();
+
+    state_.settings.beaconEnabled = false;
+    ports_.defaults.setBoolean(settings_key::beaconEnabled, false);
+    ports_.keyStore.remove(deviceTokenItem());
+    clearSignInScope();
+    clearFlexibleRoomSession();
+    state_.settings.storedRole.clear();
+    ports_.defaults.setText(settings_key::deviceRole, "");
+    markChanged(StoreField::settings);
+
+    assign(StoreField::isPaired, state_.isPaired, false);
+    assign(StoreField::office, state_.office, {});
+    assign(StoreField::members, state_.members, {});
+    assign(StoreField::rooms, state_.rooms, {});
+    assign(StoreField::signalTypes, state_.signalTypes, {});
+    setSignals({});
+    assign(StoreField::device, state_.device, {});
+    assign(StoreField::connectionState, state_.connectionState, server::ConnectionState::stopped);
+    state_.hasAuthenticatedSnapshot = false;
+    pendingNotificationActions_.clear();
+    refreshDerivedState();
+    restartSetupQr();
+}
+
+void AppStore::handleRevoked() {
+    if (!state_.isPaired) {
+        return;
+    }
+    resetToUnpaired();
+    // After the reset, which begins a new setup and so clears the notice.
+    assign(StoreField::setupQrNotice, state_.setupQrNotice, ports_.strings.localized(revokedNotice));
+}
+
+void AppStore::handlePowerOff() {
+    clearSignInScope();
+    clearFlexibleRoomSession();
+    if (!state_.device || state_.device->memberId || !state_.device->signedInMemberId || !apiClient_) {
+        return;
+    }
+    // The computer may go down as soon as this returns, so the request is waited for, within bounds.
+    ports_.background.runAndWait(
+        [client = apiClient_]() -> platform::Awaitable<void> { co_await client->signOutDevice(); },
+        powerOffSignOutLimit);
+    clearSignedInMember();
+    refreshDerivedState();
+}
+
+/// Once for an installation: the window opens at start and the program starts at login, unless the person has decided.
+void AppStore::applyDesktopDefaults() {
+    if (ports_.defaults.boolean(settings_key::didApplyDesktopDefaults).value_or(false)) {
+        return;
+    }
+    if (!ports_.defaults.hasValue(settings_key::openAsWindow)) {
+        state_.settings.openAsWindow = true;
+        ports_.defaults.setBoolean(settings_key::openAsWindow, true);
+        markChanged(StoreField::settings);
+    }
+    if (ports_.defaults.hasValue(settings_key::launchAtLogin)) {
+        ports_.defaults.setBoolean(settings_key::didApplyDesktopDefaults, true);
+        return;
+    }
+    platform::startTask(ports_.main, [weak = weak_from_this()] { return registerAtFirstLaunch(weak); });
+}
+
+platform::Awaitable<void> AppStore::registerAtFirstLaunch(std::weak_ptr<AppStore> weak) {
+    for (int round = 0; round < 2; ++round) {
+        for (int check = 0; check <= loginItemChecks; ++check) {
+            platform::Clock* clock = nullptr;
+            if (const auto self = weak.lock()) {
+                if (check == 0) {
+                    // A failure shows in the status.
+                    static_cast<void>(self->ports_.loginItem.registerItem(platform::RegistrationIntent::firstLaunch));
+                }
+                if (self->checkLoginItem() == LoginItemVerdict::settled) {
+                    co_return;
+                }
+                clock = &self->ports_.clock;
+            } else {
+                co_return;
+            }
+            const bool isLastOfRound = check == loginItemChecks;
+            if (!isLastOfRound) {
+                co_await platform::sleepFor(*clock, loginItemCheckInterval);
+            } else if (round == 0) {
+                co_await platform::sleepFor(*clock, loginItemSecondRound);
+            }
+        }
+    }
+    // The mark stays unset, so that the next launch tries again.
+}
+
+AppStore::LoginItemVerdict AppStore::checkLoginItem() {
+    if (ports_.defaults.hasValue(settings_key::launchAtLogin)) {
+        ports_.defaults.setBoolean(settings_key::didApplyDesktopDefaults, true);
+        return LoginItemVerdict::settled;  // The person has decided meanwhile.
+    }
+    if (ports_.loginItem.status() != platform::LoginItemStatus::enabled) {
+        return LoginItemVerdict::open;
+    }
+    state_.settings.launchAtLogin = true;
+    ports_.defaults.setBoolean(settings_key::launchAtLogin, true);
+    markChanged(StoreField::settings);
+    ports_.defaults.setBoolean(settings_key::didApplyDesktopDefaults, true);
+    ports_.notificationCenter.post(launchAtLoginStatusDidChange);
+    return LoginItemVerdict::settled;
+}
+
+}  // namespace zelkovanta::store
