@@ -1,0 +1,69 @@
+#include "platform/simulated/simulated_host.h"
+
+#include "platform/task.h"
+
+#include <utility>
+
+namespace zelkovanta::platform::simulated {
+
+Executor SimulatedBackground::makeSerialQueue() {
+    return queues_.emplace_back(&loop_.makeThread())->executor();
+}
+
+void SimulatedBackground::runAndWait(std::function<Awaitable<void>()> task, Duration limit) {
+    auto isDone = std::make_shared<bool>(false);
+    startTask(backgroundThread_.executor(), [task = std::move(task), isDone]() -> Awaitable<void> {
+        co_await task();
+        *isDone = true;
+    });
+    mainThread_.setHeld(true);
+    loop_.advanceUntil([&] { return *isDone; }, limit);
+    mainThread_.setHeld(false);
+}
+
+void SimulatedBackground::end() {
+    backgroundThread_.end();
+    for (EventLoop::Thread* queue : queues_) {
+        queue->end();
+    }
+}
+
+std::expected<void, std::string> SimulatedLoginItem::registerItem(RegistrationIntent intent) {
+    registrations.push_back(intent);
+    if (registering == Registering::fails) {
+        return std::unexpected("The login items cannot be changed.");
+    }
+    const bool isSwitchedOff = current == LoginItemStatus::requiresApproval;
+    if (registering == Registering::takesEffect && !(isSwitchedOff && intent == RegistrationIntent::firstLaunch)) {
+        current = LoginItemStatus::enabled;
+    }
+    return {};
+}
+
+std::expected<void, std::string> SimulatedLoginItem::unregisterItem() {
+    current = LoginItemStatus::notRegistered;
+    return {};
+}
+
+std::unique_ptr<PowerOffNotifications::Observer> SimulatedPowerOff::observe(std::function<void()> handler) {
+    class Registration final : public Observer {
+    public:
+        Registration(std::shared_ptr<Handlers> handlers, Handlers::iterator position)
+            : handlers_(std::move(handlers)), position_(position) {}
+        ~Registration() override { handlers_->erase(position_); }
+
+    private:
+        std::shared_ptr<Handlers> handlers_;
+        Handlers::iterator position_;
+    };
+    return std::make_unique<Registration>(handlers_, handlers_->insert(handlers_->end(), std::move(handler)));
+}
+
+void SimulatedPowerOff::announce() {
+    const auto told = *handlers_;
+    for (const auto& handler : told) {
+        handler();
+    }
+}
+
+}  // namespace zelkovanta::platform::simulated
