@@ -69,12 +69,12 @@ platform::Awaitable<std::expected<void, PairingFailure>> AppStore::redeemPairing
     const auto client = makeClient(ports_.defaultServerURL, std::nullopt);
     records::PairRedeemRequest request{.code = std::move(code), .device = currentPairDeviceInfo()};
     auto reply = co_await client->redeemPairingCode(std::move(request));
+    if (!reply) {
+        co_return std::unexpected(std::move(reply.error()));
+    }
     // The setup code may have won the race.
     if (state_.isPaired || generation != publicationGeneration_) {
         co_return std::unexpected(PairingCancelled{});
-    }
-    if (!reply) {
-        co_return std::unexpected(std::move(reply.error()));
     }
     completePairing(*reply, ports_.defaultServerURL);
     co_return std::expected<void, PairingFailure>{};
