@@ -95,8 +95,8 @@ struct SignalType {
     std::string key;
     std::string label;
     std::string color;
-    std::int64_t priority = 0;               ///< larger sorts first in the queue
-    std::optional<std::int64_t> sortOrder;   ///< order among the types, ascending; none counts as 0
+    std::int64_t priority = 0;              ///< larger sorts first in the queue
+    std::optional<std::int64_t> sortOrder;  ///< order among the types, ascending; none counts as 0
     std::optional<std::vector<std::string>> senderDepartments;
     std::optional<std::string> targetDepartment;
     std::optional<bool> active;  ///< none means active

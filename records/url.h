@@ -10,6 +10,9 @@ namespace zelkovanta::records {
 /// A text that parses as a URL reference (RFC 3986), kept exactly as it was written.
 class Url {
 public:
+    /// The empty text, which `parse` never gives: a place to put a URL into.
+    Url() = default;
+
     /// None for an empty text and for one that does not parse.
     [[nodiscard]] static std::optional<Url> parse(std::string_view text);
 

@@ -7,39 +7,56 @@
 #include <variant>
 #include <vector>
 
+#include <boost/describe/class.hpp>
+
 namespace zelkovanta::server {
 
+/// Each has just the form of its frame's `data`, but for the last two, which have none.
 namespace server_message {
 
 struct SignalCreated {
     records::Signal signal;
     bool operator==(const SignalCreated&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(SignalCreated, (), (signal))
+
 struct SignalUpdated {
     records::Signal signal;
     bool operator==(const SignalUpdated&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(SignalUpdated, (), (signal))
+
 struct MemberUpdated {
     records::Member member;
     bool operator==(const MemberUpdated&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(MemberUpdated, (), (member))
+
 struct OfficeUpdated {
     records::Office office;
     bool operator==(const OfficeUpdated&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(OfficeUpdated, (), (office))
+
 struct RoomsUpdated {
     std::vector<records::Room> rooms;
     bool operator==(const RoomsUpdated&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(RoomsUpdated, (), (rooms))
+
 struct TypesUpdated {
     std::vector<records::SignalType> signalTypes;
     bool operator==(const TypesUpdated&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(TypesUpdated, (), (signalTypes))
+
 struct SessionStarted {
     records::Device device;
     records::Member member;
     bool operator==(const SessionStarted&) const = default;
 };
+BOOST_DESCRIBE_STRUCT(SessionStarted, (), (device, member))
+
 struct SessionEnded {
     bool operator==(const SessionEnded&) const = default;
 };
