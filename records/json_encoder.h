@@ -4,7 +4,6 @@
 #include "records/url.h"
 #include "records/utf8.h"
 
-#include <concepts>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -18,7 +17,10 @@
 /// Writes described records as JSON, with the rules of `records/json_codec.h`. Only for sources that encode.
 namespace zelkovanta::records::json {
 
-template <class Record>
+template <class Value>
+concept Described = boost::describe::has_describe_members<Value>::value;
+
+template <Described Record>
 void encode(const Record& record, std::string& json);
 
 /// A text that is no UTF-8 in places gets U+FFFD there, so that what is written is always a valid document.
@@ -48,7 +50,7 @@ inline void encode(std::string_view text, std::string& json) {
 inline void encode(const std::string& text, std::string& json) {
     encode(std::string_view(text), json);
 }
-inline void encode(std::same_as<bool> auto value, std::string& json) {
+inline void encode(bool value, std::string& json) {
     json += value ? "true" : "false";
 }
 inline void encode(std::int64_t value, std::string& json) {
@@ -103,7 +105,7 @@ bool encodeField(const char* separator, std::string_view name, const std::option
     return value && encodeField(separator, name, *value, json);
 }
 
-template <class Record>
+template <Described Record>
 void encode(const Record& record, std::string& json) {
     using Fields = boost::describe::describe_members<Record, boost::describe::mod_public>;
     json += '{';
