@@ -101,7 +101,9 @@ private:
 
     static Awaitable<void> sendPing(Client client, std::shared_ptr<platform::WebSocketTask> task,
                                     web_socket::Generation generation) {
-        if (co_await task->send(std::string{pingText})) {
+        std::string text{pingText};
+        const bool sent = co_await task->send(std::move(text));
+        if (sent) {
             client->driver_->feed(web_socket::PingSent{generation});
         } else {
             client->driver_->feed(web_socket::PingSendFailed{generation});
