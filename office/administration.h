@@ -20,6 +20,10 @@ struct Placement {
     std::optional<std::string> computerName;
 };
 
+/// How a computer learns that it was moved to another practice: by the whole new state, or by the new office alone,
+/// upon which it asks for the state.
+enum class MoveNotice { snapshot, officeUpdated };
+
 /// A signal sent by hand.
 struct SendOrder {
     std::string practice;  ///< empty: the first practice

@@ -40,8 +40,7 @@ BOOST_DESCRIBE_STRUCT(Device, (),
 
 /// A code that an admin made, for a computer whose place is already decided.
 struct PairingCode {
-    std::string id;
-    std::string codeHash;  ///< of the eight characters without the dash
+    std::string id;  ///< the hash of the eight characters without the dash
     std::string practiceId;
     DeviceRole role = DeviceRole::room;
     std::optional<std::string> roomId;
@@ -51,8 +50,7 @@ struct PairingCode {
     std::optional<std::string> deviceId;  ///< once redeemed
     bool operator==(const PairingCode&) const = default;
 };
-BOOST_DESCRIBE_STRUCT(PairingCode, (),
-                      (id, codeHash, practiceId, role, roomId, memberId, computerName, expiresAt, deviceId))
+BOOST_DESCRIBE_STRUCT(PairingCode, (), (id, practiceId, role, roomId, memberId, computerName, expiresAt, deviceId))
 
 /// A computer that shows its setup code and waits for an admin.
 struct SetupRequest {
@@ -74,13 +72,12 @@ BOOST_DESCRIBE_STRUCT(SetupRequest, (),
 
 /// The rotating code with which a phone signs its owner in at a station.
 struct SignInCode {
-    std::string id;
-    std::string codeHash;
+    std::string id;  ///< the code's hash
     std::string deviceId;
     Timestamp expiresAt;
     bool operator==(const SignInCode&) const = default;
 };
-BOOST_DESCRIBE_STRUCT(SignInCode, (), (id, codeHash, deviceId, expiresAt))
+BOOST_DESCRIBE_STRUCT(SignInCode, (), (id, deviceId, expiresAt))
 
 struct CrashReport {
     std::string id;

@@ -59,7 +59,7 @@ public:
     /// When `tick` has something to do next. May be earlier than that, never later; may lie in the past.
     [[nodiscard]] std::optional<Timestamp> nextDeadline() const;
 
-    // The admins' side. Answers are as told in docs/office.md; a failure has an error envelope with a sentence.
+    // The admins' side. Answers are as told in office/README.md; a failure has an error envelope with a sentence.
 
     /// Any request below /admin/v1. The caller has made sure that it comes from an admin.
     [[nodiscard]] Answer administer(const Request& request, WallTime now);
@@ -76,7 +76,7 @@ public:
     [[nodiscard]] Answer revoke(std::string_view device, WallTime now);
     /// Without a room or member for a computer that needs one: the one of the same name there, else the first room.
     [[nodiscard]] Answer move(std::string_view device, std::string_view practice, std::optional<std::string> room,
-                              std::optional<std::string> member, WallTime now);
+                              std::optional<std::string> member, MoveNotice notice, WallTime now);
     /// `settings` is a JSON object; empty takes the settings away.
     [[nodiscard]] Answer setNotificationSettings(std::string_view device, std::string_view settings, WallTime now);
     [[nodiscard]] Answer send(const SendOrder& order, WallTime now);

@@ -56,6 +56,6 @@ struct Erase {
 using Change = std::variant<Put, Erase>;
 
 /// Carries a change out.
-void apply(State& state, const Change& change);
+void carryOut(State& state, const Change& change);
 
 }  // namespace zelkovanta::office
