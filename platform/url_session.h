@@ -41,14 +41,14 @@ struct HttpHeader {
 struct HttpRequest {
     std::string method;
     std::string url;  ///< absolute
-    std::vector<HttpHeader> headers;
-    std::optional<std::string> body;
+    std::vector<HttpHeader> headers{};
+    std::optional<std::string> body{};
     bool operator==(const HttpRequest&) const = default;
 };
 
 struct HttpResponse {
     int status = 0;
-    std::string body;
+    std::string body{};
     bool operator==(const HttpResponse&) const = default;
 };
 

@@ -24,14 +24,14 @@ struct WebSocketFrame {
 
 /// How a socket ended.
 struct WebSocketFailure {
-    std::optional<std::uint16_t> closeCode;  ///< of the peer's close frame, if there was one
-    std::optional<int> httpStatus;           ///< of the answer to the opening request, if there was one
+    std::optional<std::uint16_t> closeCode{};  ///< of the peer's close frame, if there was one
+    std::optional<int> httpStatus{};           ///< of the answer to the opening request, if there was one
     bool operator==(const WebSocketFailure&) const = default;
 };
 
 struct WebSocketRequest {
     std::string url;  ///< "ws" or "wss"
-    std::vector<HttpHeader> headers;
+    std::vector<HttpHeader> headers{};
     std::chrono::milliseconds openingTimeout{15'000};
     bool operator==(const WebSocketRequest&) const = default;
 };
