@@ -65,12 +65,8 @@ const records::SignalType* signalTypeById(const StoreState& state, std::string_v
     return firstWithId(state.signalTypes, id);
 }
 
-const records::Member* memberById(const StoreState& state, const std::optional<std::string>& id) {
+const records::Member* memberById(const StoreState& state, std::optional<std::string_view> id) {
     return id ? firstWithId(state.members, *id) : nullptr;
-}
-
-const records::Member* memberById(const StoreState& state, std::string_view id) {
-    return firstWithId(state.members, id);
 }
 
 const records::Room* pairedRoom(const StoreState& state) {

@@ -21,8 +21,8 @@ using SignalTypeList = std::vector<const records::SignalType*>;
 // Lookups: the first match, or null.
 [[nodiscard]] const records::Room* roomById(const StoreState& state, std::string_view id);
 [[nodiscard]] const records::SignalType* signalTypeById(const StoreState& state, std::string_view id);
-[[nodiscard]] const records::Member* memberById(const StoreState& state, const std::optional<std::string>& id);
-[[nodiscard]] const records::Member* memberById(const StoreState& state, std::string_view id);
+/// No id gives null.
+[[nodiscard]] const records::Member* memberById(const StoreState& state, std::optional<std::string_view> id);
 
 // Who the computer is.
 [[nodiscard]] const records::Room* pairedRoom(const StoreState& state);
