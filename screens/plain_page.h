@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/string_table.h"
+#include "store/store_state.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The one page of the window, as plain values: everything that it shows follows from the store's state.
+namespace zelkovanta::screens {
+
+/// One signal in a list.
+struct PlainRow {
+    std::string id;
+    std::string room;
+    std::string type;
+    std::string color;   ///< "#RRGGBB"
+    std::string detail;  ///< who sent it and for whom; may be empty
+    std::string note;
+    std::string status;  ///< the server's word
+    std::string statusText;
+    std::optional<platform::WallTime> since;
+    bool mayAcknowledge = false;
+    bool mayFinish = false;
+    bool mayCancel = false;
+    bool operator==(const PlainRow&) const = default;
+};
+
+struct PlainChoice {
+    std::string id;  ///< empty stands for "none of them"
+    std::string name;
+    bool operator==(const PlainChoice&) const = default;
+};
+
+enum class PlainConnection : std::uint8_t { none, connecting, lost, connected };
+
+struct PlainPage {
+    bool isPaired = false;
+
+    // While not paired.
+    std::optional<std::string> setupImage;  ///< bytes of the image file
+    std::string setupNotice;
+    std::string setupError;
+
+    // Once paired.
+    std::string title;     ///< the room, the person or the station
+    std::string subtitle;  ///< what this computer is, and in which office
+    PlainConnection connection = PlainConnection::none;
+    std::string connectionText;
+    std::string error;
+    std::string hint;          ///< what has to happen before there is something to do here; may be empty
+    std::string signedInName;  ///< at a computer where people sign in; may be empty
+
+    bool asksForRoom = false;  ///< somebody at a shared workstation has to say where they are
+    std::string confirmedRoomId;
+    std::vector<PlainChoice> rooms;  ///< the active ones, for the two questions after one
+
+    bool showsReceived = false;
+    bool showsSent = false;
+    std::vector<PlainRow> received;
+    std::vector<PlainRow> sent;
+
+    bool hasStatus = false;    ///< somebody's own availability can be set here
+    std::string memberStatus;  ///< "available", "busy" or "dnd"
+
+    bool canSend = false;
+    bool choosesRoom = false;  ///< a signal from here needs a room
+    bool isSending = false;
+    std::vector<PlainChoice> types;
+    std::vector<PlainChoice> recipients;  ///< the first stands for anyone
+
+    bool operator==(const PlainPage&) const = default;
+};
+
+[[nodiscard]] PlainPage plainPage(const store::StoreState& state, const platform::StringTable& strings);
+
+/// The room that a signal from this computer is sent from; none leaves it to the computer's own.
+[[nodiscard]] std::optional<std::string> sendingRoom(const store::StoreState& state, const std::string& chosenRoomId);
+
+/// A pairing code as it is shown while it is typed: letters and digits, upper case, "XXXX-XXXX".
+[[nodiscard]] std::string pairingCodeText(const std::string& typed);
+
+}  // namespace zelkovanta::screens

@@ -1,0 +1,139 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+
+/// One of several entries. The choice is kept by its id when the entries change; an entry that is gone gives way to the
+/// first, or to none where a prompt asks for one.
+T.ComboBox {
+    id: control
+
+    required property string label
+    required property ChoiceModel choices
+    /// Shown while nothing is chosen. Without it something always is.
+    property string prompt: ""
+    property string selectedId: ""
+    readonly property string shownText: currentIndex < 0 ? prompt : displayText
+
+    /// A person chose this entry.
+    signal chosen(string choiceId)
+
+    function follow() {
+        const found = choices.indexOf(selectedId);
+        currentIndex = found >= 0 ? found : prompt === "" && count > 0 ? 0 : -1;
+        selectedId = choices.idAt(currentIndex);
+    }
+
+    /// Shows what was chosen elsewhere.
+    function show(choiceId: string) {
+        selectedId = choiceId;
+        follow();
+    }
+
+    model: choices
+    textRole: "name"
+    implicitHeight: 32
+    leftPadding: 10
+    rightPadding: 26
+    focusPolicy: Qt.StrongFocus
+    opacity: enabled ? 1 : 0.45
+
+    Accessible.role: Accessible.ComboBox
+    Accessible.name: label + ": " + shownText
+    Accessible.onPressAction: popup.open()
+
+    onActivated: index => {
+        selectedId = choices.idAt(index);
+        chosen(selectedId);
+    }
+    Component.onCompleted: follow()
+
+    Connections {
+        target: control.choices
+        function onChoicesReplaced() {
+            control.follow();
+        }
+    }
+
+    contentItem: Text {
+        text: control.shownText
+        textFormat: Text.PlainText
+        color: control.currentIndex < 0 ? Theme.tertiary : Theme.primary
+        elide: Text.ElideRight
+        font.pixelSize: Theme.textSize
+        horizontalAlignment: Text.AlignLeft
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+
+    indicator: Text {
+        x: control.width - width - 10
+        anchors.verticalCenter: parent?.verticalCenter
+        text: "▾"
+        color: Theme.tertiary
+        font.pixelSize: Theme.textSize
+        Accessible.ignored: true
+    }
+
+    background: Rectangle {
+        radius: Theme.radius
+        color: Theme.card
+        border.width: control.visualFocus ? 2 : 1
+        border.color: control.visualFocus ? Theme.focusRing : Theme.hairline
+    }
+
+    delegate: T.ItemDelegate {
+        id: entry
+
+        required property int index
+        required property string name
+
+        width: ListView.view?.width ?? 0
+        implicitHeight: 32
+        leftPadding: 10
+        rightPadding: 10
+        text: name
+        highlighted: control.highlightedIndex === index
+        focusPolicy: Qt.StrongFocus
+
+        Accessible.name: name
+        Accessible.onPressAction: clicked()
+
+        contentItem: Text {
+            text: entry.text
+            textFormat: Text.PlainText
+            color: entry.highlighted ? Theme.ink : Theme.primary
+            elide: Text.ElideRight
+            font.pixelSize: Theme.textSize
+            horizontalAlignment: Text.AlignLeft
+            verticalAlignment: Text.AlignVCenter
+            Accessible.ignored: true
+        }
+        background: Rectangle {
+            color: entry.highlighted ? Theme.accent : "transparent"
+        }
+    }
+
+    popup: T.Popup {
+        y: control.height
+        width: control.width
+        height: Math.min(contentItem.implicitHeight + 2, 260)
+        margins: 4
+        padding: 1
+
+        contentItem: ListView {
+            clip: true
+            implicitHeight: contentHeight
+            model: control.popup.visible ? control.delegateModel : null
+            currentIndex: control.highlightedIndex
+            boundsBehavior: Flickable.StopAtBounds
+            T.ScrollBar.vertical: AppScrollBar {}
+        }
+        background: Rectangle {
+            radius: 4
+            color: Theme.card
+            border.width: 1
+            border.color: Theme.tertiary
+        }
+    }
+}

@@ -1,0 +1,38 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// One of the two lists, with the number of its rows.
+T.Button {
+    id: control
+
+    required property int entries
+
+    implicitHeight: 34
+    checkable: true
+    autoExclusive: true
+    focusPolicy: Qt.StrongFocus
+
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: entries > 0 ? text + ", " + entries : text
+    Accessible.onPressAction: checked = true
+    Accessible.onToggleAction: checked = true
+
+    contentItem: Text {
+        text: control.entries > 0 ? control.text + "  " + control.entries : control.text
+        textFormat: Text.PlainText
+        color: control.checked ? Theme.ink : Theme.secondary
+        elide: Text.ElideRight
+        font.pixelSize: Theme.textSize
+        font.weight: Font.DemiBold
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+
+    background: Rectangle {
+        radius: Theme.radius
+        color: control.checked ? Theme.accent : Theme.card
+        border.width: control.visualFocus ? 2 : control.checked ? 0 : 1
+        border.color: control.visualFocus ? Theme.focusRing : Theme.hairline
+    }
+}

@@ -1,0 +1,142 @@
+#pragma once
+
+#include "platform/async.h"
+#include "platform/clock.h"
+#include "platform/string_table.h"
+#include "screens/plain_page.h"
+#include "screens/qml/choice_model.h"
+#include "screens/qml/row_model.h"
+#include "store/app_store.h"
+
+#include <memory>
+#include <string_view>
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QtQmlIntegration>
+
+namespace zelkovanta::screens::qml {
+
+/// The page as QML reads it, and the presses on it as operations of the store. Main thread. The clock and the table of
+/// texts must outlive it.
+class PageModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The program makes the one that there is.")
+
+    Q_PROPERTY(bool paired READ paired NOTIFY pageChanged)
+    Q_PROPERTY(QByteArray setupImage READ setupImage NOTIFY setupImageChanged)
+    Q_PROPERTY(bool hasSetupImage READ hasSetupImage NOTIFY setupImageChanged)
+    Q_PROPERTY(QString setupNotice READ setupNotice NOTIFY pageChanged)
+    Q_PROPERTY(QString setupError READ setupError NOTIFY pageChanged)
+    Q_PROPERTY(QString title READ title NOTIFY pageChanged)
+    Q_PROPERTY(QString subtitle READ subtitle NOTIFY pageChanged)
+    Q_PROPERTY(QString connectionText READ connectionText NOTIFY pageChanged)
+    Q_PROPERTY(bool connected READ connected NOTIFY pageChanged)
+    Q_PROPERTY(bool connectionLost READ connectionLost NOTIFY pageChanged)
+    Q_PROPERTY(QString error READ error NOTIFY pageChanged)
+    Q_PROPERTY(QString hint READ hint NOTIFY pageChanged)
+    Q_PROPERTY(QString signedInName READ signedInName NOTIFY pageChanged)
+    Q_PROPERTY(bool asksForRoom READ asksForRoom NOTIFY pageChanged)
+    Q_PROPERTY(QString confirmedRoomId READ confirmedRoomId NOTIFY pageChanged)
+    Q_PROPERTY(bool showsReceived READ showsReceived NOTIFY pageChanged)
+    Q_PROPERTY(bool showsSent READ showsSent NOTIFY pageChanged)
+    Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY pageChanged)
+    Q_PROPERTY(QString memberStatus READ memberStatus NOTIFY pageChanged)
+    Q_PROPERTY(bool canSend READ canSend NOTIFY pageChanged)
+    Q_PROPERTY(bool choosesRoom READ choosesRoom NOTIFY pageChanged)
+    Q_PROPERTY(bool sending READ sending NOTIFY pageChanged)
+    Q_PROPERTY(bool redeeming READ redeeming NOTIFY redeemingChanged)
+    Q_PROPERTY(QString redeemError READ redeemError NOTIFY redeemingChanged)
+    Q_PROPERTY(zelkovanta::screens::qml::RowModel* received READ received CONSTANT)
+    Q_PROPERTY(zelkovanta::screens::qml::RowModel* sent READ sent CONSTANT)
+    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* types READ types CONSTANT)
+    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* recipients READ recipients CONSTANT)
+    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* rooms READ rooms CONSTANT)
+    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* statuses READ statuses CONSTANT)
+
+public:
+    PageModel(std::shared_ptr<store::AppStore> store, platform::Executor main, const platform::Clock& clock,
+              const platform::StringTable& strings);
+
+    [[nodiscard]] bool paired() const { return page_.isPaired; }
+    [[nodiscard]] QByteArray setupImage() const;
+    [[nodiscard]] bool hasSetupImage() const { return page_.setupImage.has_value(); }
+    [[nodiscard]] QString setupNotice() const { return shown(page_.setupNotice); }
+    [[nodiscard]] QString setupError() const { return shown(page_.setupError); }
+    [[nodiscard]] QString title() const { return shown(page_.title); }
+    [[nodiscard]] QString subtitle() const { return shown(page_.subtitle); }
+    [[nodiscard]] QString connectionText() const { return shown(page_.connectionText); }
+    [[nodiscard]] bool connected() const { return page_.connection == PlainConnection::connected; }
+    [[nodiscard]] bool connectionLost() const { return page_.connection == PlainConnection::lost; }
+    [[nodiscard]] QString error() const { return shown(page_.error); }
+    [[nodiscard]] QString hint() const { return shown(page_.hint); }
+    [[nodiscard]] QString signedInName() const { return shown(page_.signedInName); }
+    [[nodiscard]] bool asksForRoom() const { return page_.asksForRoom; }
+    [[nodiscard]] QString confirmedRoomId() const { return shown(page_.confirmedRoomId); }
+    [[nodiscard]] bool showsReceived() const { return page_.showsReceived; }
+    [[nodiscard]] bool showsSent() const { return page_.showsSent; }
+    [[nodiscard]] bool hasStatus() const { return page_.hasStatus; }
+    [[nodiscard]] QString memberStatus() const { return shown(page_.memberStatus); }
+    [[nodiscard]] bool canSend() const { return page_.canSend; }
+    [[nodiscard]] bool choosesRoom() const { return page_.choosesRoom; }
+    [[nodiscard]] bool sending() const { return page_.isSending; }
+    [[nodiscard]] bool redeeming() const { return redeeming_; }
+    [[nodiscard]] const QString& redeemError() const { return redeemError_; }
+    [[nodiscard]] RowModel* received() { return &received_; }
+    [[nodiscard]] RowModel* sent() { return &sent_; }
+    [[nodiscard]] ChoiceModel* types() { return &types_; }
+    [[nodiscard]] ChoiceModel* recipients() { return &recipients_; }
+    [[nodiscard]] ChoiceModel* rooms() { return &rooms_; }
+    [[nodiscard]] ChoiceModel* statuses() { return &statuses_; }
+
+    Q_INVOKABLE void acknowledge(const QString& signalId) { act(signalId, "acknowledge"); }
+    Q_INVOKABLE void finish(const QString& signalId) { act(signalId, "done"); }
+    Q_INVOKABLE void cancel(const QString& signalId) { act(signalId, "cancel"); }
+    Q_INVOKABLE void send(const QString& typeId, const QString& recipientId, const QString& roomId,
+                          const QString& note);
+    Q_INVOKABLE void redeem(const QString& code);
+    Q_INVOKABLE void setStatus(const QString& status);
+    Q_INVOKABLE void chooseRoom(const QString& roomId);
+    Q_INVOKABLE void signOut();
+    Q_INVOKABLE void unlink();
+
+    Q_INVOKABLE [[nodiscard]] QString pairingCode(const QString& typed) const;
+    /// Milliseconds since 1970.
+    Q_INVOKABLE [[nodiscard]] double now() const;
+    /// Both moments in milliseconds since 1970; a negative beginning is none.
+    Q_INVOKABLE [[nodiscard]] QString waitTime(double since, double now) const;
+    Q_INVOKABLE [[nodiscard]] bool isLongWait(double since, double now) const;
+
+Q_SIGNALS:
+    void pageChanged();
+    void setupImageChanged();
+    void redeemingChanged();
+    /// A send ended without an error.
+    void signalSent();
+
+private:
+    static QString shown(const std::string& text) { return QString::fromStdString(text); }
+    void refresh();
+    void act(const QString& signalId, std::string_view action);
+    void setRedeeming(bool redeeming, const QString& error);
+
+    const std::shared_ptr<store::AppStore> store_;
+    const platform::Executor main_;
+    const platform::Clock& clock_;
+    const platform::StringTable& strings_;
+
+    PlainPage page_;
+    bool redeeming_ = false;
+    QString redeemError_;
+    RowModel received_;
+    RowModel sent_;
+    ChoiceModel types_;
+    ChoiceModel recipients_;
+    ChoiceModel rooms_;
+    ChoiceModel statuses_;
+    std::shared_ptr<void> observation_;  ///< last: ends first
+};
+
+}  // namespace zelkovanta::screens::qml

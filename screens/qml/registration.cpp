@@ -1,0 +1,15 @@
+#include "screens/qml/registration.h"
+
+#include <QQmlEngine>
+
+// Written by the build for the types of this folder; a static library drops what nobody names.
+extern void qml_register_types_ZelkoVanta_Screens();
+
+namespace zelkovanta::screens::qml {
+
+void registerScreens(QQmlEngine& engine) {
+    qml_register_types_ZelkoVanta_Screens();
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+}
+
+}  // namespace zelkovanta::screens::qml
