@@ -120,7 +120,8 @@ void EventLoop::advance(Duration span) {
     while (runNextTimer(until)) {
         runReady();
     }
-    now_ = until;
+    // Work may itself have moved time further.
+    now_ = std::max(now_, until);
 }
 
 bool EventLoop::advanceUntil(const std::function<bool()>& isDone, Duration limit) {
@@ -128,7 +129,7 @@ bool EventLoop::advanceUntil(const std::function<bool()>& isDone, Duration limit
     runReady();
     while (!isDone()) {
         if (!runNextTimer(until)) {
-            now_ = until;
+            now_ = std::max(now_, until);
             return isDone();
         }
         runReady();

@@ -7,7 +7,17 @@
 namespace zelkovanta::platform::simulated {
 
 Executor SimulatedBackground::makeSerialQueue() {
-    return queues_.emplace_back(&loop_.makeThread())->executor();
+    EventLoop::Thread& queue = loop_.makeThread();
+    queue.setHeld(held_);
+    return queues_.emplace_back(&queue)->executor();
+}
+
+void SimulatedBackground::setHeld(bool held) {
+    held_ = held;
+    backgroundThread_.setHeld(held);
+    for (EventLoop::Thread* queue : queues_) {
+        queue->setHeld(held);
+    }
 }
 
 void SimulatedBackground::runAndWait(std::function<Awaitable<void>()> task, Duration limit) {

@@ -25,6 +25,8 @@ public:
     /// Runs the loop within the call while the main thread is held.
     void runAndWait(std::function<Awaitable<void>()> task, Duration limit) override;
 
+    /// While held, the work of these threads waits; the main thread's does not. Queues made meanwhile are held too.
+    void setHeld(bool held);
     /// The process of these threads is gone.
     void end();
 
@@ -33,6 +35,7 @@ private:
     EventLoop::Thread& mainThread_;
     EventLoop::Thread& backgroundThread_ = loop_.makeThread();
     std::vector<EventLoop::Thread*> queues_;
+    bool held_ = false;
 };
 
 struct SimulatedHostInfo final : HostInfo {
