@@ -1,5 +1,6 @@
 #include "platform/linux/curl_url_session.h"
 
+#include "platform/linux/network_interfaces.h"
 #include "platform/linux/network_thread.h"
 #include "platform/task.h"
 #include "tests/platform/linux/scripted_server.h"
@@ -242,6 +243,11 @@ TEST_F(CurlUrlSessionTest, urlsThatLeadNowhereAreNamesNotFound) {
         const TransportCause cause = causeOfGetting(url);
         EXPECT_EQ(cause, TransportCause::nameNotFound) << url;
     }
+}
+
+TEST_F(CurlUrlSessionTest, aNameOfNobodyIsNotFoundUnlessThereIsNoNetworkAtAll) {
+    const auto expected = hasNetwork() ? TransportCause::nameNotFound : TransportCause::noNetwork;
+    EXPECT_EQ(causeOfGetting("http://nobody.invalid/"), expected);
 }
 
 TEST_F(CurlUrlSessionTest, aHeaderThatWouldBreakOutOfItsLineIsNotSent) {
