@@ -198,15 +198,15 @@ TEST_F(BeastWebSocketTest, framesAgainstTheProtocolEndTheSocket) {
 TEST_F(BeastWebSocketTest, thePeersCloseCodeIsPartOfTheFailure) {
     for (const auto& [payload, code] : std::vector<std::pair<std::string, std::string>>{
              {"\x0f\xa1revoked", "4001"}, {std::string("\x03\xe8", 2), "1000"}, {"", "1005"}}) {
-        ClientFrame answer;
+        std::promise<ClientFrame> answer;
         ScriptedServer server([&](ScriptedConnection& connection) {
             acceptUpgrade(connection);
             connection.send(serverFrame(closeCode, payload));
-            answer = readClientFrame(connection);
+            answer.set_value(readClientFrame(connection));
             connection.waitForClose();
         });
         EXPECT_EQ(receive(open("ws://" + server.address())), "failed, close code " + code + ", status none");
-        EXPECT_EQ(answer.opcode, closeCode);
+        EXPECT_EQ(answer.get_future().get().opcode, closeCode);
     }
 }
 
@@ -271,8 +271,9 @@ TEST_F(BeastWebSocketTest, theOpeningHasOneLimitOverEverything) {
 }
 
 TEST_F(BeastWebSocketTest, aPortWhereNobodyListensANameOfNobodyAndNonsenseFail) {
-    for (const std::string& url : {"ws://127.0.0.1:" + std::to_string(unusedPort()), std::string("ws://nobody.invalid/"),
-                                  std::string("nonsense"), std::string("http://127.0.0.1/"), std::string("ws://")}) {
+    for (const std::string& url :
+         {"ws://127.0.0.1:" + std::to_string(unusedPort()), std::string("ws://nobody.invalid/"),
+          std::string("nonsense"), std::string("http://127.0.0.1/"), std::string("ws://")}) {
         EXPECT_EQ(receive(open(url)), lost) << url;
     }
 }
@@ -386,10 +387,12 @@ TEST_F(BeastTlsTest, otherCertificatesAreRefusedBeforeTheOpeningRequest) {
     for (const auto& certificate :
          {makeServerCertificate(makeAuthority(), "localhost"), makeServerCertificate(authority, "elsewhere.example"),
           makeServerCertificate(authority, "localhost", Validity::expired)}) {
-        std::atomic<bool> sawRequest = false;
-        ScriptedServer server([&](ScriptedConnection& connection) { sawRequest = !connection.readRequest().empty(); },
-                              certificate);
-        EXPECT_EQ(receive(open(secureUrl(server))), lost);
+        bool sawRequest = false;
+        {
+            ScriptedServer server(
+                [&](ScriptedConnection& connection) { sawRequest = !connection.readRequest().empty(); }, certificate);
+            EXPECT_EQ(receive(open(secureUrl(server))), lost);
+        }
         EXPECT_FALSE(sawRequest);
     }
 }

@@ -338,9 +338,11 @@ TEST_F(CurlTlsTest, aCertificateOfATrustedAuthorityForTheRightNameIsAccepted) {
 
 TEST_F(CurlTlsTest, aSelfSignedCertificateIsRefusedBeforeAnyByteOfTheRequest) {
     bool sawRequest = false;
-    ScriptedServer server([&](ScriptedConnection& connection) { sawRequest = !connection.readRequest().empty(); },
-                          makeServerCertificate(makeAuthority(), "localhost"));
-    EXPECT_EQ(causeOfGetting(secureUrl(server)), TransportCause::certificateRefused);
+    {
+        ScriptedServer server([&](ScriptedConnection& connection) { sawRequest = !connection.readRequest().empty(); },
+                              makeServerCertificate(makeAuthority(), "localhost"));
+        EXPECT_EQ(causeOfGetting(secureUrl(server)), TransportCause::certificateRefused);
+    }
     EXPECT_FALSE(sawRequest);
 }
 
