@@ -1,0 +1,227 @@
+#include "office/control.h"
+
+#include "office/host.h"
+#include "office/json_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <ostream>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <boost/asio/connect.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/json.hpp>
+
+namespace zelkovanta::office {
+namespace {
+
+namespace asio = boost::asio;
+namespace json = boost::json;
+using asio::ip::tcp;
+
+template <class T>
+using Result = std::expected<T, std::string>;
+using Fault = std::unexpected<std::string>;
+
+constexpr std::chrono::milliseconds askAgainAfter{150};
+constexpr timeval longestSilence{.tv_sec = 15, .tv_usec = 0};
+
+struct Place {
+    std::string url;
+    std::string host;
+    std::string port;
+    std::string adminToken;
+};
+
+Result<Place> placeOf(const Whereabouts& office) {
+    Place place;
+    if (office.server) {
+        place.url = *office.server;
+    } else {
+        const auto line = readLine(addressFileOf(*office.database));
+        if (!line) {
+            return Fault("No office runs on " + office.database->string() + ".");
+        }
+        place.url = *line;
+    }
+    const auto token = readLine(office.adminTokenFile ? *office.adminTokenFile : adminTokenFileOf(*office.database));
+    if (!token) {
+        return Fault(token.error());
+    }
+    place.adminToken = *token;
+
+    constexpr std::string_view scheme = "http://";
+    std::string_view rest = place.url;
+    if (!rest.starts_with(scheme)) {
+        return Fault("\"" + place.url + "\" is no http address.");
+    }
+    rest.remove_prefix(scheme.size());
+    rest = rest.substr(0, rest.find('/'));
+    const auto colon = rest.rfind(':');
+    place.host = rest.substr(0, colon);
+    place.port = colon == std::string_view::npos ? "80" : std::string(rest.substr(colon + 1));
+    if (place.host.starts_with('[') && place.host.ends_with(']')) {
+        place.host = place.host.substr(1, place.host.size() - 2);
+    }
+    return place;
+}
+
+struct Reply {
+    int status = 0;
+    std::string body;
+};
+
+/// One exchange on a connection of its own, which the office closes behind its answer.
+Result<Reply> exchange(const Place& place, const Control& order) {
+    const auto unreachable = [&place](const boost::system::error_code& error) {
+        return Fault("The office at " + place.url + " does not answer: " + error.message() + ".");
+    };
+    asio::io_context context;
+    boost::system::error_code error;
+    const auto endpoints = tcp::resolver(context).resolve(place.host, place.port, error);
+    tcp::socket socket(context);
+    if (!error) {
+        asio::connect(socket, endpoints, error);
+    }
+    if (error) {
+        return unreachable(error);
+    }
+    ::setsockopt(socket.native_handle(), SOL_SOCKET, SO_RCVTIMEO, &longestSilence, sizeof longestSilence);
+
+    const std::string request = order.method + " " + order.path + " HTTP/1.1\r\nHost: " + place.host +
+                                "\r\nAuthorization: Bearer " + place.adminToken +
+                                "\r\nConnection: close\r\nContent-Type: application/json\r\nContent-Length: " +
+                                std::to_string(order.body.size()) + "\r\n\r\n" + order.body;
+    asio::write(socket, asio::buffer(request), error);
+    std::string answer;
+    if (!error) {
+        asio::read(socket, asio::dynamic_buffer(answer), error);
+    }
+    if (error && error != asio::error::eof) {
+        return unreachable(error);
+    }
+
+    constexpr std::string_view version = "HTTP/1.1 ";
+    const auto headerEnd = answer.find("\r\n\r\n");
+    Reply reply;
+    if (!answer.starts_with(version) || headerEnd == std::string::npos ||
+        std::from_chars(answer.data() + version.size(), answer.data() + answer.size(), reply.status).ec !=
+            std::errc()) {
+        return Fault("What answers at " + place.url + " is no office.");
+    }
+    reply.body = answer.substr(headerEnd + 4);
+    return reply;
+}
+
+/// The answer's content, or the office's sentence why there is none.
+Result<json::value> ask(const Control& order, std::string* text = nullptr) {
+    const auto place = placeOf(order.office);
+    if (!place) {
+        return Fault(place.error());
+    }
+    const auto reply = exchange(*place, order);
+    if (!reply) {
+        return Fault(reply.error());
+    }
+    boost::system::error_code error;
+    json::value content = json::parse(reply->body, error);
+    if (error || !content.is_object()) {
+        return Fault("What answers at " + place->url + " is no office.");
+    }
+    if (reply->status < 200 || reply->status > 299) {
+        const json::object& envelope = content.get_object();
+        for (const char* key : {"message", "error"}) {
+            if (const json::value* found = envelope.if_contains(key); found != nullptr && found->is_string()) {
+                return Fault(std::string(found->get_string()));
+            }
+        }
+        return Fault("The office refused.");
+    }
+    if (text != nullptr) {
+        *text = reply->body;
+    }
+    return content;
+}
+
+std::string textAt(const json::value& content, std::string_view key) {
+    const json::value* found = &content;
+    while (found != nullptr && !key.empty()) {
+        const auto dot = key.find('.');
+        const std::string_view step = key.substr(0, dot);
+        key = dot == std::string_view::npos ? std::string_view() : key.substr(dot + 1);
+        const json::object* object = found->if_object();
+        found = object == nullptr ? nullptr : object->if_contains(json::string_view(step));
+    }
+    return found != nullptr && found->is_string() ? std::string(found->get_string()) : std::string();
+}
+
+const json::array* waitingIn(const json::value& content) {
+    const json::value* waiting = content.get_object().if_contains("waiting");
+    return waiting == nullptr ? nullptr : waiting->if_array();
+}
+
+int failed(std::ostream& errors, const std::string& sentence) {
+    errors << sentence << "\n";
+    return 1;
+}
+
+}  // namespace
+
+int control(const Control& order, std::ostream& output, std::ostream& errors) {
+    std::string text;
+    const auto content = ask(order, &text);
+    if (!content) {
+        return failed(errors, content.error());
+    }
+    if (const json::array* waiting = waitingIn(*content)) {
+        for (const json::value& each : *waiting) {
+            output << textAt(each, "request") << '\t' << textAt(each, "name") << '\t' << textAt(each, "createdAt")
+                   << '\n';
+        }
+    } else if (order.print.empty()) {
+        output << text << '\n';
+    } else if (order.print != "-") {
+        output << textAt(*content, order.print) << '\n';
+    }
+    output.flush();
+    return 0;
+}
+
+int approve(const Approve& order, std::ostream& output, std::ostream& errors) {
+    const Control look{
+        .office = order.order.office, .method = "GET", .path = "/admin/v1/waiting", .body = {}, .print = {}};
+    asio::io_context context;
+    const auto deadline = asio::steady_timer::clock_type::now() + order.wait;
+    std::string request;
+    for (;;) {
+        const auto content = ask(look);
+        const json::array* waiting = content ? waitingIn(*content) : nullptr;
+        for (const json::value& each : waiting == nullptr ? json::array() : *waiting) {
+            if (!order.request || *order.request == textAt(each, "request") || *order.request == textAt(each, "name")) {
+                request = textAt(each, "request");
+                break;
+            }
+        }
+        if (!request.empty()) {
+            break;
+        }
+        if (asio::steady_timer::clock_type::now() + askAgainAfter > deadline) {
+            return failed(errors, !content         ? content.error()
+                                  : !order.request ? "No computer waits to be set up."
+                                                   : "No computer \"" + *order.request + "\" waits to be set up.");
+        }
+        asio::steady_timer(context, askAgainAfter).wait();
+    }
+
+    Control approval = order.order;
+    const std::string field = JsonText().object().field("request", request).take();
+    approval.body = field + (approval.body == "{}" ? "}" : "," + approval.body.substr(1));
+    return control(approval, output, errors);
+}
+
+}  // namespace zelkovanta::office
