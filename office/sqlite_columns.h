@@ -72,10 +72,10 @@ template <class T>
 }
 
 template <class T>
-void bind(sqlite3_stmt* statement, int position, const T& value) {
+void bindValue(sqlite3_stmt* statement, int position, const T& value) {
     if constexpr (isOptional<T>) {
         if (value) {
-            bind(statement, position, *value);
+            bindValue(statement, position, *value);
         } else {
             sqlite3_bind_null(statement, position);
         }
@@ -88,26 +88,26 @@ void bind(sqlite3_stmt* statement, int position, const T& value) {
     } else if constexpr (std::is_same_v<T, std::string>) {
         sqlite3_bind_text64(statement, position, value.data(), value.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
     } else {
-        bind(statement, position, packed(value));
+        bindValue(statement, position, packed(value));
     }
 }
 
 template <class T>
 void bindAll(sqlite3_stmt* statement, const T& record) {
     int position = 0;
-    boost::mp11::mp_for_each<Fields<T>>([&](auto field) { bind(statement, ++position, record.*field.pointer); });
+    boost::mp11::mp_for_each<Fields<T>>([&](auto field) { bindValue(statement, ++position, record.*field.pointer); });
 }
 
 [[nodiscard]] std::string textAt(sqlite3_stmt* row, int column);
 
 template <class T>
-[[nodiscard]] bool read(sqlite3_stmt* row, int column, T& value) {
+[[nodiscard]] bool readValue(sqlite3_stmt* row, int column, T& value) {
     if constexpr (isOptional<T>) {
         if (sqlite3_column_type(row, column) == SQLITE_NULL) {
             value.reset();
             return true;
         }
-        return read(row, column, value.emplace());
+        return readValue(row, column, value.emplace());
     } else if constexpr (std::is_same_v<T, Timestamp>) {
         value = Timestamp(std::chrono::milliseconds(sqlite3_column_int64(row, column)));
         return true;
@@ -131,7 +131,8 @@ template <class T>
 [[nodiscard]] bool readAll(sqlite3_stmt* row, T& record) {
     int column = 0;
     bool good = true;
-    boost::mp11::mp_for_each<Fields<T>>([&](auto field) { good = read(row, column++, record.*field.pointer) && good; });
+    boost::mp11::mp_for_each<Fields<T>>(
+        [&](auto field) { good = readValue(row, column++, record.*field.pointer) && good; });
     return good;
 }
 

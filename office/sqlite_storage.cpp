@@ -39,7 +39,9 @@ Statement prepare(sqlite3* database, const std::string& text) {
 }
 
 StorageFailure failure(sqlite3* database, std::string_view doing) {
-    return {std::string(doing) + ": " + sqlite3_errmsg(database) + "."};
+    return {std::string(doing) + (sqlite3_errcode(database) == SQLITE_BUSY
+                                      ? ": another program uses it."
+                                      : std::string(": ") + sqlite3_errmsg(database) + ".")};
 }
 
 /// The file with the rights of its owner alone; SQLite gives its side files the same.
@@ -74,7 +76,7 @@ struct SqliteStorage::Connection {
     [[nodiscard]] bool carryOut(const Change& change) const {
         if (const auto* erased = std::get_if<Erase>(&change)) {
             const Statement& statement = erase.at(erased->kind);
-            columns::bind(statement.get(), 1, erased->id);
+            columns::bindValue(statement.get(), 1, erased->id);
             return run(statement);
         }
         const Record& record = std::get<Put>(change).record;
