@@ -2,13 +2,15 @@
 #include "server/api_client.h"
 
 #include <atomic>
+#include <exception>
+#include <expected>
 #include <future>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/thread_pool.hpp>
-#include <boost/asio/use_future.hpp>
 #include <gmock/gmock.h>
 
 namespace zelkovanta::server {
@@ -28,6 +30,16 @@ public:
     }
 };
 
+using Outcome = std::expected<records::StateSnapshot, APIError>;
+
+std::future<Outcome> begin(boost::asio::thread_pool& caller, APIClient::Result<records::StateSnapshot> operation) {
+    auto promise = std::make_shared<std::promise<Outcome>>();
+    boost::asio::co_spawn(
+        platform::Executor{caller.executor()}, std::move(operation),
+        [promise](const std::exception_ptr&, Outcome outcome) { promise->set_value(std::move(outcome)); });
+    return promise->get_future();
+}
+
 TEST(APIClientThreadsTest, theHandlerMayChangeWhileRequestsRunOnSeveralThreads) {
     constexpr int requests = 2000;
     RevokingServer server;
@@ -41,10 +53,9 @@ TEST(APIClientThreadsTest, theHandlerMayChangeWhileRequestsRunOnSeveralThreads) 
     std::atomic<int> even = 0;
     client->setOnDeviceTokenRevoked([&even] { ++even; });
 
-    std::vector<std::future<std::expected<records::StateSnapshot, APIError>>> outcomes;
+    std::vector<std::future<Outcome>> outcomes;
     for (int index = 0; index < requests; ++index) {
-        outcomes.push_back(boost::asio::co_spawn(platform::Executor{caller.executor()}, client->fetchState(),
-                                                 boost::asio::use_future));
+        outcomes.push_back(begin(caller, client->fetchState()));
         auto& counter = index % 2 == 0 ? even : odd;
         client->setOnDeviceTokenRevoked([&counter] { ++counter; });
     }
@@ -54,7 +65,7 @@ TEST(APIClientThreadsTest, theHandlerMayChangeWhileRequestsRunOnSeveralThreads) 
     EXPECT_EQ(odd + even, requests) << "each failure reached exactly one handler";
 
     client->setOnDeviceTokenRevoked({});
-    boost::asio::co_spawn(platform::Executor{caller.executor()}, client->fetchState(), boost::asio::use_future).get();
+    EXPECT_FALSE(begin(caller, client->fetchState()).get());
     EXPECT_EQ(odd + even, requests);
     caller.join();
     background.join();
