@@ -57,8 +57,9 @@ Awaitable<void> sleepFor(Clock& clock, Duration delay, CancellationToken token) 
     }
     const Executor executor = co_await asio::this_coro::executor;
     auto state = token.state_;
+    // By reference, as these live in this frame: GCC 12 destroys what a closure within a co_await holds once too often.
     co_await asio::async_initiate<const asio::use_awaitable_t<Executor>, void()>(
-        [&clock, delay, executor, state](auto handler) {
+        [&clock, delay, &executor, &state](auto handler) {
             struct Sleep {
                 decltype(handler) resume;
                 Timer timer;

@@ -16,7 +16,7 @@ Awaitable<std::optional<std::string>> MemoryKeyStore::read(KeyStoreItem item) {
     const Executor executor = co_await asio::this_coro::executor;
     if (isLocked_) {
         co_await asio::async_initiate<const asio::use_awaitable_t<Executor>, void()>(
-            [this, executor](auto handler) {
+            [this, &executor](auto handler) {
                 waiting_.emplace_back(
                     [executor, handler = std::move(handler)]() mutable { asio::post(executor, std::move(handler)); });
             },

@@ -13,7 +13,9 @@ void Trace::mix(std::string_view text) {
         text.remove_prefix(sizeof word);
     }
     std::uint64_t rest = 0;
-    std::memcpy(&rest, text.data(), text.size());
+    if (!text.empty()) {
+        std::memcpy(&rest, text.data(), text.size());
+    }
     mix(rest);
 }
 
