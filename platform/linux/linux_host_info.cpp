@@ -1,0 +1,237 @@
+#include "platform/linux/linux_host_info.h"
+
+#include "platform/linux/atomic_file.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QString>
+
+namespace zelkovanta::platform::linux_host {
+
+namespace {
+
+constexpr std::size_t maximumFactSize = std::size_t{256} * 1024;
+constexpr int busLimit = 1000;
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blank = " \t\r\n\0";
+    const auto first = text.find_first_not_of(blank);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(blank) - first + 1);
+}
+
+std::string firstScalars(std::string_view text, std::size_t count) {
+    std::size_t end = 0;
+    for (; end < text.size(); ++end) {
+        const bool beginsScalar = (static_cast<std::uint8_t>(text[end]) & 0xc0U) != 0x80U;
+        if (beginsScalar && count-- == 0) {
+            break;
+        }
+    }
+    return std::string{text.substr(0, end)};
+}
+
+/// Calls `use` with each line until it gives a value.
+template <class Use>
+std::optional<std::string> findLine(std::string_view text, const Use& use) {
+    while (!text.empty()) {
+        const auto end = std::min(text.find('\n'), text.size());
+        if (auto found = use(text.substr(0, end))) {
+            return found;
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return std::nullopt;
+}
+
+/// The value of a shell-like assignment, without its quotes.
+std::string unquoted(std::string_view value) {
+    value = trimmed(value);
+    const bool isQuoted =
+        value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front();
+    if (!isQuoted) {
+        return std::string{value};
+    }
+    std::string result;
+    value = value.substr(1, value.size() - 2);
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        if (value[i] == '\\' && i + 1 < value.size()) {
+            ++i;
+        }
+        result += value[i];
+    }
+    return result;
+}
+
+bool isAlphabetic(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); });
+}
+
+bool isRegion(std::string_view text) {
+    return (text.size() == 2 && isAlphabetic(text)) ||
+           (text.size() == 3 && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; }));
+}
+
+std::string cased(std::string_view text, bool upper) {
+    std::string result{text};
+    for (char& c : result) {
+        if (upper && c >= 'a' && c <= 'z') {
+            c = static_cast<char>(c - 'a' + 'A');
+        } else if (!upper && c >= 'A' && c <= 'Z') {
+            c = static_cast<char>(c - 'A' + 'a');
+        }
+    }
+    return result;
+}
+
+std::string askSessionBusId() {
+    const auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        return {};
+    }
+    const auto call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
+    const auto reply = bus.call(call, QDBus::Block, busLimit);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        return {};
+    }
+    return reply.arguments().constFirst().toString().toStdString();
+}
+
+}  // namespace
+
+std::string languageTag(std::string_view locale) {
+    constexpr std::string_view fallback = "en-US";
+    const auto modifier = locale.find('@');
+    const bool isLatin = modifier != std::string_view::npos && locale.substr(modifier + 1) == "latin";
+    const bool isCyrillic = modifier != std::string_view::npos && locale.substr(modifier + 1) == "cyrillic";
+    locale = locale.substr(0, std::min(locale.find('.'), modifier));
+    const auto separator = std::min(locale.find('_'), locale.find('-'));
+    const std::string_view language = locale.substr(0, separator);
+    if (language.size() < 2 || language.size() > 3 || !isAlphabetic(language)) {
+        return std::string{fallback};
+    }
+    std::string tag = cased(language, false);
+    if (isLatin || isCyrillic) {
+        tag += isLatin ? "-Latn" : "-Cyrl";
+    }
+    if (separator != std::string_view::npos && isRegion(locale.substr(separator + 1))) {
+        tag += "-" + cased(locale.substr(separator + 1), true);
+    }
+    return tag;
+}
+
+HostSources HostSources::ofThisComputer() {
+    HostSources sources;
+    sources.hostName = [] {
+        std::array<char, 256> name{};
+        return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string{name.data()} : std::string{};
+    };
+    sources.sessionBusId = askSessionBusId;
+    return sources;
+}
+
+LinuxHostInfo::LinuxHostInfo(HostSources sources) : sources_(std::move(sources)) {}
+
+std::optional<std::string> LinuxHostInfo::firstLine(const char* file) const {
+    const auto content = readFile(sources_.root / file, maximumFactSize);
+    if (!content) {
+        return std::nullopt;
+    }
+    const std::string_view line = trimmed(std::string_view{*content}.substr(0, content->find('\n')));
+    return line.empty() ? std::nullopt : std::optional<std::string>{line};
+}
+
+std::string LinuxHostInfo::localizedName() const {
+    const auto machine = readFile(sources_.root / "etc/machine-info", maximumFactSize);
+    const auto pretty = findLine(machine.value_or(""), [](std::string_view line) -> std::optional<std::string> {
+        constexpr std::string_view name = "PRETTY_HOSTNAME=";
+        line = trimmed(line);
+        auto value = line.starts_with(name) ? unquoted(line.substr(name.size())) : "";
+        return value.empty() ? std::nullopt : std::optional{std::move(value)};
+    });
+    if (pretty) {
+        return *pretty;
+    }
+    const std::string name = sources_.hostName();
+    return name.substr(0, name.find('.'));
+}
+
+std::string LinuxHostInfo::hardwareModel() const {
+    return firstScalars(firstLine("sys/class/dmi/id/product_name").value_or(""), 80);
+}
+
+std::string LinuxHostInfo::localeIdentifier() const {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (const auto locale = sources_.environment(name)) {
+            return languageTag(*locale);
+        }
+    }
+    return languageTag("C");
+}
+
+double LinuxHostInfo::bootTime() const {
+    const auto statistics = readFile(sources_.root / "proc/stat", maximumFactSize);
+    const auto found = findLine(statistics.value_or(""), [](std::string_view line) -> std::optional<std::string> {
+        constexpr std::string_view name = "btime ";
+        return line.starts_with(name) ? std::optional<std::string>{trimmed(line.substr(name.size()))} : std::nullopt;
+    });
+    const std::string digits = found.value_or("");
+    double seconds = 0;
+    const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
+    const bool isNumber = failed == std::errc{} && end == digits.data() + digits.size();
+    return isNumber && seconds > 0 ? seconds : 0;
+}
+
+// A program of a login runs in its session's scope; one that the person's service manager started does not, and
+// inherits the variable at best, which counts only while that session is there.
+std::optional<std::string> LinuxHostInfo::loginSession() const {
+    const auto groups = readFile(sources_.root / "proc/self/cgroup", maximumFactSize);
+    const auto inScope = findLine(groups.value_or(""), [](std::string_view line) -> std::optional<std::string> {
+        constexpr std::string_view begin = "/session-";
+        const auto at = line.rfind(begin);
+        if (at == std::string_view::npos) {
+            return std::nullopt;
+        }
+        const auto rest = line.substr(at + begin.size());
+        const auto end = rest.find(".scope");
+        return end == std::string_view::npos || end == 0 ? std::nullopt
+                                                         : std::optional<std::string>{rest.substr(0, end)};
+    });
+    if (inScope) {
+        return inScope;
+    }
+    const auto inherited = sources_.environment("XDG_SESSION_ID");
+    if (inherited && inherited->find('/') == std::string::npos &&
+        readFile(sources_.root / "run/systemd/sessions" / *inherited, 1)) {
+        return inherited;
+    }
+    return std::nullopt;
+}
+
+std::string LinuxHostInfo::auditSessionId() const {
+    constexpr std::string_view unset = "4294967295";
+    if (const auto kernel = firstLine("proc/self/sessionid"); kernel && *kernel != unset) {
+        return "k" + *kernel;
+    }
+    if (const auto login = loginSession()) {
+        return "l" + *login;
+    }
+    if (!busId_) {
+        busId_ = sources_.sessionBusId();
+    }
+    return busId_->empty() ? "" : "b" + *busId_;
+}
+
+}  // namespace zelkovanta::platform::linux_host
