@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 /// One of several entries. The choice is kept by its id when the entries change; an entry that is gone gives way to the
 /// first, or to none where a prompt asks for one.

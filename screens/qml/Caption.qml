@@ -1,12 +1,9 @@
 import QtQuick
 
-/// Small text in one line, from the left whatever direction a name in it has.
-Text {
+/// Small text in one line, which takes no room while it is empty.
+Words {
     color: Theme.secondary
-    elide: Text.ElideRight
     font.pixelSize: Theme.captionSize
-    horizontalAlignment: Text.AlignLeft
     maximumLineCount: 1
-    textFormat: Text.PlainText
     visible: text !== ""
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import ZelkoVanta.Screens
 
 /// Whether what is shown is live.
 Row {
@@ -21,6 +22,5 @@ Row {
         text: line.page.connectionText
         color: line.page.connectionLost ? Theme.redText : Theme.secondary
         Accessible.role: Accessible.AlertMessage
-        Accessible.name: text
     }
 }

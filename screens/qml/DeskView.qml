@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import ZelkoVanta.Screens
 
 /// A paired computer: who it is, how it is connected, its queues, and a form to send from.
 ColumnLayout {
@@ -19,17 +20,12 @@ ColumnLayout {
             Layout.fillWidth: true
             spacing: 2
 
-            Text {
+            Words {
                 Layout.fillWidth: true
                 text: desk.page.title
-                textFormat: Text.PlainText
-                color: Theme.primary
-                elide: Text.ElideRight
-                horizontalAlignment: Text.AlignLeft
                 font.pixelSize: Theme.titleSize
                 font.weight: Font.DemiBold
                 Accessible.role: Accessible.Heading
-                Accessible.name: text
             }
             Caption {
                 Layout.fillWidth: true
@@ -113,7 +109,6 @@ ColumnLayout {
         maximumLineCount: 3
         wrapMode: Text.Wrap
         Accessible.role: Accessible.AlertMessage
-        Accessible.name: text
     }
     SendForm {
         Layout.fillWidth: true

@@ -6,21 +6,25 @@ T.Button {
     id: control
 
     required property int entries
+    required property bool current
 
     implicitHeight: 34
-    checkable: true
-    autoExclusive: true
     focusPolicy: Qt.StrongFocus
 
     Accessible.role: Accessible.RadioButton
     Accessible.name: entries > 0 ? text + ", " + entries : text
-    Accessible.onPressAction: checked = true
-    Accessible.onToggleAction: checked = true
+    Accessible.checkable: true
+    Accessible.checked: current
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     contentItem: Text {
         text: control.entries > 0 ? control.text + "  " + control.entries : control.text
         textFormat: Text.PlainText
-        color: control.checked ? Theme.ink : Theme.secondary
+        color: control.current ? Theme.ink : Theme.secondary
         elide: Text.ElideRight
         font.pixelSize: Theme.textSize
         font.weight: Font.DemiBold
@@ -31,8 +35,8 @@ T.Button {
 
     background: Rectangle {
         radius: Theme.radius
-        color: control.checked ? Theme.accent : Theme.card
-        border.width: control.visualFocus ? 2 : control.checked ? 0 : 1
+        color: control.current ? Theme.accent : Theme.card
+        border.width: control.visualFocus ? 2 : control.current ? 0 : 1
         border.color: control.visualFocus ? Theme.focusRing : Theme.hairline
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import ZelkoVanta.Screens
 
 Window {
     id: window

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import ZelkoVanta.Screens
 
 /// A new signal: what, for whom, where from, and a few words.
 Rectangle {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 /// A computer that belongs to no office yet: a code to be scanned, and a field for one to be typed.
 Flickable {
@@ -27,14 +28,12 @@ Flickable {
         width: Math.min(setup.width - 40, 380)
         spacing: 12
 
-        Text {
+        Words {
             Layout.alignment: Qt.AlignHCenter
             text: qsTr("Set up this computer")
-            color: Theme.primary
             font.pixelSize: Theme.titleSize
             font.weight: Font.DemiBold
             Accessible.role: Accessible.Heading
-            Accessible.name: text
         }
         Caption {
             Layout.fillWidth: true
@@ -63,12 +62,11 @@ Flickable {
                 Accessible.role: Accessible.Graphic
                 Accessible.name: qsTr("Setup code")
             }
-            Text {
+            Words {
                 anchors.centerIn: parent
                 visible: !setup.page.hasSetupImage && setup.page.setupError === ""
                 text: qsTr("Getting a code…")
                 color: "#5C5142"
-                font.pixelSize: Theme.textSize
             }
         }
         Caption {

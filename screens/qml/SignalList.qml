@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 /// A queue. Its clock runs only while somebody can see a row.
 ListView {
@@ -24,6 +25,8 @@ ListView {
     reuseItems: true
     boundsBehavior: Flickable.StopAtBounds
     activeFocusOnTab: false
+    // A current row would take the focus with it when others come.
+    currentIndex: -1
 
     Accessible.role: Accessible.List
     Accessible.name: label
@@ -34,6 +37,10 @@ ListView {
         width: list.width
         page: list.page
         now: list.now
+
+        // A row that waits for its next use is none for a screen reader.
+        ListView.onPooled: visible = false
+        ListView.onReused: visible = true
     }
 
     Timer {

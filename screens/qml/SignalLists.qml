@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import ZelkoVanta.Screens
 
 /// What came and what was sent: side by side where there is room, else one at a time.
 ColumnLayout {
@@ -9,8 +10,9 @@ ColumnLayout {
     required property bool inSight
 
     readonly property bool wide: width >= 700
-    readonly property bool both: page.showsReceived && page.showsSent
-    readonly property bool receivedShown: page.showsReceived && (wide || receivedTab.checked)
+    property bool sentChosen: false
+    readonly property bool receivedShown: page.showsReceived && (wide || !sentChosen)
+    readonly property bool sentShown: page.showsSent && (wide || !receivedShown)
 
     spacing: 8
 
@@ -19,23 +21,22 @@ ColumnLayout {
         spacing: 8
 
         ListTab {
-            id: receivedTab
             Layout.fillWidth: true
             Layout.preferredWidth: 1
             visible: lists.page.showsReceived
-            checkable: !lists.wide
-            checked: true
+            current: lists.receivedShown
             text: qsTr("Received")
             entries: lists.page.received.count
+            onClicked: lists.sentChosen = false
         }
         ListTab {
             Layout.fillWidth: true
             Layout.preferredWidth: 1
             visible: lists.page.showsSent
-            checkable: !lists.wide
-            checked: !lists.page.showsReceived
+            current: lists.sentShown
             text: qsTr("Sent")
             entries: lists.page.sent.count
+            onClicked: lists.sentChosen = true
         }
     }
     RowLayout {
@@ -58,7 +59,7 @@ ColumnLayout {
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.preferredWidth: 1
-            visible: lists.page.showsSent && (lists.wide || !lists.receivedShown)
+            visible: lists.sentShown
             page: lists.page
             rows: lists.page.sent
             label: qsTr("Sent")

@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Layouts
+import ZelkoVanta.Screens
 
 /// One signal: where, what, who, how long, and what can be done about it.
 Item {
@@ -60,27 +61,18 @@ Item {
                     border.width: 1
                     border.color: Theme.hairline
                 }
-                Text {
+                Words {
                     Layout.fillWidth: true
                     Layout.maximumWidth: implicitWidth
                     Layout.minimumWidth: 40
                     text: row.room
-                    textFormat: Text.PlainText
-                    color: Theme.primary
-                    elide: Text.ElideRight
-                    horizontalAlignment: Text.AlignLeft
-                    font.pixelSize: Theme.textSize
                     font.weight: Font.DemiBold
                 }
-                Text {
+                Words {
                     Layout.fillWidth: true
                     Layout.minimumWidth: 40
                     text: row.type
-                    textFormat: Text.PlainText
                     color: Theme.secondary
-                    elide: Text.ElideRight
-                    horizontalAlignment: Text.AlignLeft
-                    font.pixelSize: Theme.textSize
                 }
                 WaitTimer {
                     page: row.page

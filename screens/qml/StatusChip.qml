@@ -14,11 +14,10 @@ Rectangle {
     radius: height / 2
     color: waiting ? Theme.accent : status === "acknowledged" ? "#295789F2" : "#298A8170"
 
-    Text {
+    Words {
         id: label
         anchors.centerIn: parent
         text: chip.text
-        textFormat: Text.PlainText
         color: chip.waiting ? Theme.ink : chip.status === "acknowledged" ? Theme.blueText : Theme.secondary
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold

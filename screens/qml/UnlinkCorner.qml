@@ -1,4 +1,5 @@
 import QtQuick
+import ZelkoVanta.Screens
 
 /// Takes this computer out of its office: a press, and a second one to mean it.
 Rectangle {

@@ -1,0 +1,236 @@
+#include "tests/desktop/page_fixture.h"
+
+#include <gtest/gtest.h>
+
+namespace zelkovanta::desktop_test {
+namespace {
+
+using namespace std::chrono_literals;
+
+records::Signal call(std::string id, std::string room = "room-3", std::string note = "") {
+    return support::makeSignal(std::move(id), [&](records::Signal& signal) {
+        signal.roomId = std::move(room);
+        signal.typeId = "ready";
+        signal.note = std::move(note);
+    });
+}
+
+records::StateSnapshot practiceOf(const std::string& memberId) {
+    return practice([&](records::StateSnapshot& snapshot) {
+        snapshot.device = support::makeDeviceOfMember(memberId);
+        snapshot.signals = {call("call-1", "room-3", "Bring the blue folder")};
+    });
+}
+
+class DeskPage : public testing::Test {
+protected:
+    void openRoom() {
+        page.computer.launchWith("room", practice());
+        page.open();
+    }
+    void openProvider() {
+        page.computer.launchWith("member", practiceOf("dr-amari"));
+        page.open();
+    }
+    void openStation(const std::function<void(records::StateSnapshot&)>& adjust = [](auto&) {}) {
+        const auto login = page.computer.hostInfo;
+        page.computer.defaults.memory.setNumber("stationSignInBootTime", login.bootTime());
+        page.computer.defaults.memory.setText("stationSignInAuditSessionId", login.auditSessionId());
+        page.computer.launchWith("shared", practice([&](records::StateSnapshot& snapshot) {
+                                     snapshot.device = support::makeDeviceWithSignIn("dr-amari");
+                                     snapshot.device.name = "Front desk";
+                                     adjust(snapshot);
+                                 }));
+        page.open();
+    }
+    std::string openBody(std::string_view method, std::string_view path) {
+        auto* request = page.computer.openRequest(method, path);
+        return request != nullptr ? request->request.body.value_or("") : "no request";
+    }
+
+    Page page;
+};
+
+TEST_F(DeskPage, aRoomComputerShowsWhatItSent) {
+    openRoom();
+    EXPECT_TRUE(page.says("Room 3"));
+    EXPECT_TRUE(page.says("Room computer"));
+    EXPECT_TRUE(page.says("Nothing sent yet."));
+    EXPECT_FALSE(page.shows(QAccessible::RadioButton, "Received"));
+    page.computer.deliverCreated(call("call-1", "room-3", "Bring the blue folder"));
+    page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ListItem, "Room 3, Patient ready, Waiting"));
+    EXPECT_TRUE(page.says("Bring the blue folder"));
+    EXPECT_FALSE(page.says("Nothing sent yet."));
+    EXPECT_TRUE(page.shows(QAccessible::Button, "Cancel"));
+    EXPECT_FALSE(page.shows(QAccessible::Button, "On my way"));
+}
+
+TEST_F(DeskPage, theConnectionIsToldInEveryState) {
+    openRoom();
+    EXPECT_TRUE(page.says("Connecting…"));
+    page.computer.socket().accept();
+    page.computer.deliverSnapshot(practice());
+    page.settle();
+    EXPECT_TRUE(page.says("Connected"));
+    page.computer.socket().fail({});
+    page.settle();
+    EXPECT_TRUE(page.says("No connection. Retrying…"));
+    EXPECT_TRUE(page.says("Room 3")) << "what is known stays";
+}
+
+TEST_F(DeskPage, everyButtonOfARowActsWhenAScreenReaderPressesIt) {
+    openProvider();
+    page.press("On my way");
+    EXPECT_EQ(openBody("PATCH", "/signals/call-1"), R"({"action":"acknowledge"})");
+    auto taken = call("call-1");
+    taken.status = "acknowledged";
+    taken.acknowledgedBy = "dr-amari";
+    page.computer.answerWith("PATCH", "/signals/call-1", taken);
+    page.settle();
+    EXPECT_TRUE(page.says("On the way"));
+    EXPECT_FALSE(page.shows(QAccessible::Button, "On my way"));
+    page.press("Done");
+    EXPECT_EQ(openBody("PATCH", "/signals/call-1"), R"({"action":"done"})");
+    taken.status = "done";
+    page.computer.answerWith("PATCH", "/signals/call-1", taken);
+    page.settle();
+    EXPECT_TRUE(page.says("No one is waiting for you."));
+}
+
+TEST_F(DeskPage, everyButtonOfARowActsUnderTheMouse) {
+    openProvider();
+    page.click(page.node(QAccessible::Button, "On my way"));
+    EXPECT_EQ(openBody("PATCH", "/signals/call-1"), R"({"action":"acknowledge"})");
+    page.click(page.node(QAccessible::Button, "Done"));
+    EXPECT_EQ(page.computer.requestCount("PATCH", "/signals/call-1"), 2U);
+}
+
+TEST_F(DeskPage, aSentSignalCanBeCancelledWithTheKeyboard) {
+    openRoom();
+    page.computer.deliverCreated(call("call-1"));
+    page.settle();
+    QQuickItem* row = page.rowItem("call-1");
+    ASSERT_NE(row, nullptr);
+    for (int presses = 0; presses < 12 && page.node(QAccessible::Button, "Cancel").state().focused == 0; ++presses) {
+        page.key(Qt::Key_Tab);
+    }
+    ASSERT_TRUE(page.node(QAccessible::Button, "Cancel").state().focused);
+    page.key(Qt::Key_Return);
+    EXPECT_EQ(openBody("PATCH", "/signals/call-1"), R"({"action":"cancel"})");
+}
+
+TEST_F(DeskPage, theFormSendsWhatWasChosenAndTyped) {
+    openRoom();
+    page.choose("Signal", "Urgent");
+    page.choose("For", "Dr. Henrik Voss");
+    page.click(page.node(QAccessible::EditableText, "Note"));
+    page.type("Bring the blue folder");
+    page.press("Send");
+    EXPECT_EQ(openBody("POST", "/signals"),
+              R"({"roomId":"room-3","providerId":"dr-voss","typeId":"urgent","note":"Bring the blue folder"})");
+    EXPECT_FALSE(page.node(QAccessible::Button, "Sending…").isEnabled());
+    page.computer.answerWith("POST", "/signals", call("call-9", "room-3", "Bring the blue folder"));
+    page.settle();
+    EXPECT_EQ(page.node(QAccessible::EditableText, "Note").interface->text(QAccessible::Value), "");
+    EXPECT_TRUE(page.shows(QAccessible::ListItem, "Room 3, Patient ready"));
+    EXPECT_TRUE(page.node(QAccessible::Button, "Send").isEnabled());
+}
+
+TEST_F(DeskPage, aSignalThatCouldNotBeSentStaysInTheForm) {
+    openRoom();
+    page.click(page.node(QAccessible::EditableText, "Note"));
+    page.type("Seated");
+    page.key(Qt::Key_Return);
+    page.computer.answer("POST", "/signals", 409, R"({"error":"busy","message":"The office is closed."})");
+    page.settle();
+    EXPECT_TRUE(page.says("The office is closed."));
+    EXPECT_EQ(page.node(QAccessible::EditableText, "Note").interface->text(QAccessible::Value), "Seated");
+}
+
+TEST_F(DeskPage, aPersonsComputerAsksForTheRoom) {
+    openProvider();
+    EXPECT_FALSE(page.node(QAccessible::Button, "Send").isEnabled());
+    page.choose("Room", "Room 1");
+    page.press("Send");
+    EXPECT_EQ(openBody("POST", "/signals"), R"({"roomId":"room-1","typeId":"ready","note":""})");
+}
+
+TEST_F(DeskPage, aRecipientWhoLeavesTheShiftIsChosenNoLonger) {
+    openRoom();
+    page.choose("For", "Dr. Henrik Voss");
+    auto voss = practice().members[1];
+    voss.onShift = false;
+    page.computer.deliverRecord("member.updated", server::server_message::MemberUpdated{voss});
+    page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "For: Anyone"));
+    page.press("Send");
+    EXPECT_EQ(openBody("POST", "/signals"), R"({"roomId":"room-3","typeId":"ready","note":""})");
+}
+
+TEST_F(DeskPage, aChoiceOutlivesOtherChangesOfTheList) {
+    openRoom();
+    page.choose("For", "Dr. Henrik Voss");
+    auto amari = practice().members[0];
+    amari.onShift = false;
+    page.computer.deliverRecord("member.updated", server::server_message::MemberUpdated{amari});
+    page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "For: Dr. Henrik Voss"));
+}
+
+TEST_F(DeskPage, theStatusShownIsTheOneThatTheOfficeHolds) {
+    openProvider();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Your status: Available"));
+    page.choose("Your status", "Busy");
+    EXPECT_EQ(openBody("POST", "/members/me/status"), R"({"status":"busy"})");
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Your status: Available"));
+    auto busy = practice().members[0];
+    busy.status = "busy";
+    page.computer.answerWith("POST", "/members/me/status", busy);
+    page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Your status: Busy"));
+}
+
+TEST_F(DeskPage, aSharedWorkstationAsksForTheRoomFirst) {
+    openStation(
+        [](records::StateSnapshot& snapshot) { snapshot.signals = {call("call-1"), call("call-2", "room-1")}; });
+    EXPECT_TRUE(page.says("Front desk"));
+    EXPECT_TRUE(page.says("Signed in · Dr. Leila Amari"));
+    EXPECT_TRUE(page.says("Choose a room for this sign-in before sending."));
+    EXPECT_FALSE(page.shows(QAccessible::Button, "Send"));
+    page.choose("Current room", "Room 1");
+    EXPECT_FALSE(page.says("Choose a room for this sign-in before sending."));
+    EXPECT_TRUE(page.shows(QAccessible::ListItem, "Room 1, Patient ready"));
+    EXPECT_FALSE(page.shows(QAccessible::ListItem, "Room 3, Patient ready"));
+    page.press("Send");
+    EXPECT_NE(openBody("POST", "/signals").find(R"("roomId":"room-1")"), std::string::npos);
+    page.press("Sign out");
+    EXPECT_EQ(page.computer.requestCount("POST", "/devices/me/signout"), 1U);
+    page.computer.answer("POST", "/devices/me/signout", 200);
+    page.settle();
+    EXPECT_TRUE(page.says("Nobody is signed in at this computer."));
+    EXPECT_FALSE(page.shows(QAccessible::Button, "Sign out"));
+}
+
+TEST_F(DeskPage, unlinkingTakesTwoPresses) {
+    openRoom();
+    page.press("Unlink this computer");
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 0U);
+    page.press("Press again to unlink");
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 1U);
+    page.computer.answer("DELETE", "/devices/me", 200);
+    page.settle();
+    EXPECT_TRUE(page.says("Set up this computer"));
+}
+
+TEST_F(DeskPage, someoneOffShiftIsTold) {
+    page.computer.launchWith("member", practice([](records::StateSnapshot& snapshot) {
+                                 snapshot.device = support::makeDeviceOfMember("dr-amari");
+                                 snapshot.members[0].onShift = false;
+                             }));
+    page.open();
+    EXPECT_TRUE(page.says("You're off shift."));
+}
+
+}  // namespace
+}  // namespace zelkovanta::desktop_test
