@@ -6,15 +6,23 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <exception>
 #include <ostream>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <tuple>
 
+#include <boost/asio/as_tuple.hpp>
+#include <boost/asio/awaitable.hpp>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/co_spawn.hpp>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
 #include <boost/asio/steady_timer.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/json.hpp>
 
@@ -30,7 +38,7 @@ using Result = std::expected<T, std::string>;
 using Fault = std::unexpected<std::string>;
 
 constexpr std::chrono::milliseconds askAgainAfter{150};
-constexpr timeval longestSilence{.tv_sec = 15, .tv_usec = 0};
+constexpr std::chrono::seconds longestWait{15};
 
 struct Place {
     std::string url;
@@ -77,34 +85,40 @@ struct Reply {
     std::string body;
 };
 
-/// One exchange on a connection of its own, which the office closes behind its answer.
-Result<Reply> exchange(const Place& place, const Control& order) {
-    const auto unreachable = [&place](const boost::system::error_code& error) {
-        return Fault("The office at " + place.url + " does not answer: " + error.message() + ".");
-    };
-    asio::io_context context;
-    boost::system::error_code error;
-    const auto endpoints = tcp::resolver(context).resolve(place.host, place.port, error);
-    tcp::socket socket(context);
-    if (!error) {
-        asio::connect(socket, endpoints, error);
-    }
+/// Sends the request on a connection of its own and reads what comes until the office closes it.
+asio::awaitable<boost::system::error_code> converse(const Place& place, const std::string& request,
+                                                    std::string& answer) {
+    constexpr auto awaited = asio::as_tuple(asio::use_awaitable);
+    const auto executor = co_await asio::this_coro::executor;
+    tcp::resolver resolver(executor);
+    auto [error, endpoints] = co_await resolver.async_resolve(place.host, place.port, awaited);
     if (error) {
-        return unreachable(error);
+        co_return error;
     }
-    ::setsockopt(socket.native_handle(), SOL_SOCKET, SO_RCVTIMEO, &longestSilence, sizeof longestSilence);
+    tcp::socket socket(executor);
+    std::tie(error, std::ignore) = co_await asio::async_connect(socket, endpoints, awaited);
+    if (!error) {
+        std::tie(error, std::ignore) = co_await asio::async_write(socket, asio::buffer(request), awaited);
+    }
+    if (!error) {
+        std::tie(error, std::ignore) = co_await asio::async_read(socket, asio::dynamic_buffer(answer), awaited);
+    }
+    co_return error == asio::error::eof ? boost::system::error_code() : error;
+}
 
+Result<Reply> exchange(const Place& place, const Control& order) {
     const std::string request = order.method + " " + order.path + " HTTP/1.1\r\nHost: " + place.host +
                                 "\r\nAuthorization: Bearer " + place.adminToken +
                                 "\r\nConnection: close\r\nContent-Type: application/json\r\nContent-Length: " +
                                 std::to_string(order.body.size()) + "\r\n\r\n" + order.body;
-    asio::write(socket, asio::buffer(request), error);
     std::string answer;
-    if (!error) {
-        asio::read(socket, asio::dynamic_buffer(answer), error);
-    }
-    if (error && error != asio::error::eof) {
-        return unreachable(error);
+    boost::system::error_code result = asio::error::timed_out;
+    asio::io_context context;
+    asio::co_spawn(context, converse(place, request, answer),
+                   [&result](const std::exception_ptr&, boost::system::error_code error) { result = error; });
+    context.run_for(longestWait);
+    if (result) {
+        return Fault("The office at " + place.url + " does not answer: " + result.message() + ".");
     }
 
     constexpr std::string_view version = "HTTP/1.1 ";
