@@ -54,6 +54,9 @@ void Process::start(std::function<platform::Awaitable<void>()> task) {
 }
 
 void Process::kill() {
+    if (!store_) {
+        return;
+    }
     observation_.reset();
     main_.end();
     background_.end();
