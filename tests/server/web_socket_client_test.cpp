@@ -224,6 +224,30 @@ TEST_F(WebSocketClientTest, nothingIsReadAfterAStopWhileAMessageIsBeingHandled) 
     EXPECT_EQ(lastState(), stopped);
 }
 
+TEST_F(WebSocketClientTest, aStopWhileAMessageIsBeingHandledEndsTheReading) {
+    connect();
+    client->onMessage = [this](ServerMessage) { client->stop(); };
+    sockets.current().outliveCancellation();
+    deliver(sessionEnded);
+    EXPECT_EQ(lastState(), stopped);
+    EXPECT_FALSE(sockets.current().isReceiving());
+}
+
+TEST_F(WebSocketClientTest, aStoppedClientLeavesNothingBehindThatWouldStillRun) {
+    for (const bool isConnected : {true, false}) {
+        client = makeClient("https://office.example");
+        connect();
+        if (!isConnected) {
+            failCurrent({});
+        }
+        client->stop();
+        loop.runReady();
+        const auto workDone = loop.workDone();
+        loop.advance(1h);
+        EXPECT_EQ(loop.workDone(), workDone);
+    }
+}
+
 TEST_F(WebSocketClientTest, aClientHoldsItselfWhileItHoldsASocketAndIsReleasedByAStop) {
     start();
     const std::weak_ptr<WebSocketClient> weak = client;
