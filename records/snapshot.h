@@ -13,25 +13,29 @@
 
 namespace zelkovanta::records {
 
+struct MacRelease {
+    std::string version;
+    std::int64_t build = 0;
+    Url url;
+    std::optional<std::string> sha256;
+    bool operator==(const MacRelease&) const = default;
+};
+BOOST_DESCRIBE_STRUCT(MacRelease, (), (version, build, url, sha256))
+
+struct WindowsRelease {
+    std::string version;
+    bool operator==(const WindowsRelease&) const = default;
+};
+BOOST_DESCRIBE_STRUCT(WindowsRelease, (), (version))
+
 /// What the server says is the current release, by platform.
 struct DesktopRelease {
-    struct Mac {
-        std::string version;
-        std::int64_t build = 0;
-        Url url;
-        std::optional<std::string> sha256;
-        bool operator==(const Mac&) const = default;
-    };
-    struct Windows {
-        std::string version;
-        bool operator==(const Windows&) const = default;
-    };
+    using Mac = MacRelease;
+    using Windows = WindowsRelease;
     std::optional<Mac> macos;
     std::optional<Windows> windows;
     bool operator==(const DesktopRelease&) const = default;
 };
-BOOST_DESCRIBE_STRUCT(DesktopRelease::Mac, (), (version, build, url, sha256))
-BOOST_DESCRIBE_STRUCT(DesktopRelease::Windows, (), (version))
 BOOST_DESCRIBE_STRUCT(DesktopRelease, (), (macos, windows))
 
 /// The whole state of one computer's view of the office.
