@@ -20,15 +20,16 @@ T.ComboBox {
     signal chosen(string choiceId)
 
     function follow() {
-        const found = choices.indexOf(selectedId);
-        currentIndex = found >= 0 ? found : prompt === "" && count > 0 ? 0 : -1;
-        selectedId = choices.idAt(currentIndex);
+        const found = control.choices.indexOf(control.selectedId);
+        const fallback = control.prompt === "" && control.count > 0 ? 0 : -1;
+        control.currentIndex = found >= 0 ? found : fallback;
+        control.selectedId = control.choices.idAt(control.currentIndex);
     }
 
     /// Shows what was chosen elsewhere.
     function show(choiceId: string) {
-        selectedId = choiceId;
-        follow();
+        control.selectedId = choiceId;
+        control.follow();
     }
 
     model: choices
@@ -44,8 +45,8 @@ T.ComboBox {
     Accessible.onPressAction: popup.open()
 
     onActivated: index => {
-        selectedId = choices.idAt(index);
-        chosen(selectedId);
+        control.selectedId = control.choices.idAt(index);
+        control.chosen(control.selectedId);
     }
     Component.onCompleted: follow()
 

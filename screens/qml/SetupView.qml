@@ -92,9 +92,9 @@ Flickable {
                 label: qsTr("Pairing code")
                 placeholderText: "XXXX-XXXX"
                 onTextEdited: {
-                    const shown = setup.page.pairingCode(text);
-                    if (shown !== text) {
-                        text = shown;
+                    const shown = setup.page.pairingCode(code.text);
+                    if (shown !== code.text) {
+                        code.text = shown;
                     }
                 }
                 onAccepted: setup.redeem()

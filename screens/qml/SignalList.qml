@@ -17,7 +17,7 @@ ListView {
     property double now: page.now()
 
     function keepTime() {
-        now = page.now();
+        list.now = list.page.now();
     }
 
     clip: true
@@ -34,13 +34,15 @@ ListView {
     T.ScrollBar.vertical: AppScrollBar {}
 
     delegate: SignalRow {
+        id: entry
+
         width: list.width
         page: list.page
         now: list.now
 
         // A row that waits for its next use is none for a screen reader.
-        ListView.onPooled: visible = false
-        ListView.onReused: visible = true
+        ListView.onPooled: entry.visible = false
+        ListView.onReused: entry.visible = true
     }
 
     Timer {
