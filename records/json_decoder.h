@@ -70,7 +70,19 @@ inline bool decode(simdjson::dom::element element, std::string& value, Failure& 
     std::string_view text;
     if (element.get_string().get(text) != simdjson::SUCCESS)
         return failure.expected("not a string");
-    value.assign(text);
+    // Made anew, for assigning would set more memory aside than the text needs.
+    value = std::string(text);
+    return true;
+}
+
+inline bool decode(simdjson::dom::element element, std::optional<std::string>& value, Failure& failure) {
+    std::string_view text;
+    if (element.get_string().get(text) == simdjson::SUCCESS) [[likely]]
+        value.emplace(text);
+    else if (element.is_null())
+        value.reset();
+    else
+        return failure.expected("not a string");
     return true;
 }
 
