@@ -74,11 +74,14 @@ Complaint brokenSession(const store::StoreState& state) {
 
 Complaint brokenStation(const Computer& computer, const store::StoreState& state) {
     const auto& session = state.flexibleRoomSession;
-    if (session.confirmedRoomId) {
-        if (!session.signedInMemberId) {
-            return "a room is confirmed without a member";
-        }
-        const records::Room* room = store::roomById(state, *session.confirmedRoomId);
+    if (session.confirmedRoomId && !session.signedInMemberId) {
+        return "a room is confirmed without a member";
+    }
+    // A move to another office takes the device and the rooms away and leaves the session to the next snapshot; until
+    // then no room counts as confirmed.
+    const auto confirmed = state.device ? session.confirmedRoomId : store::confirmedFlexibleRoomId(state);
+    if (confirmed) {
+        const records::Room* room = store::roomById(state, *confirmed);
         if (room == nullptr || !room->active.value_or(true)) {
             return "the confirmed room is not an active one";
         }

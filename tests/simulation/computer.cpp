@@ -70,6 +70,7 @@ Computer::Computer(const ComputerSurroundings& surroundings, int number, Chance 
       chance_(chance),
       watch_(number, surroundings.loop, surroundings.verdict, surroundings.overtaken) {
     hostInfo_.name = "Computer " + std::to_string(number);
+    hostInfo_.session = "login " + std::to_string(login_);
     if (surroundings.sabotage.keyStore) {
         wrappedKeyStore_ = surroundings.sabotage.keyStore(keyStore_);
     }
@@ -153,13 +154,13 @@ void Computer::powerOff() {
     kill();
     hostInfo_.boot += 3600;
     ++login_;
-    hostInfo_.session = "a" + std::to_string(login_);
+    hostInfo_.session = "login " + std::to_string(login_);
 }
 
 void Computer::logOutAndIn() {
     kill();
     ++login_;
-    hostInfo_.session = "a" + std::to_string(login_);
+    hostInfo_.session = "login " + std::to_string(login_);
 }
 
 void Computer::setKeyStoreLocked(bool locked) {
