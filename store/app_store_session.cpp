@@ -38,23 +38,22 @@ std::optional<records::Url> usableServerURL(std::string_view text) {
 }  // namespace
 
 platform::Awaitable<void> AppStore::resumeSavedSession(std::weak_ptr<AppStore> weak) {
-    const auto keyStore = [&weak]() -> platform::KeyStore* {
-        const auto self = weak.lock();
-        return self && !self->state_.isPaired ? &self->ports_.keyStore : nullptr;
-    }();
-    if (!keyStore) {
+    platform::KeyStore* keyStore = nullptr;
+    SessionPublicationGeneration generation;
+    if (const auto self = weak.lock(); self && !self->state_.isPaired) {
+        keyStore = &self->ports_.keyStore;
+        generation = self->publicationGeneration_;
+    } else {
         co_return;
     }
     const std::optional<std::string> token = co_await keyStore->read(deviceTokenItem());
-    if (const auto self = weak.lock()) {
+    // A pairing made by hand while the key store was being read stands, and one that has ended since does not return.
+    if (const auto self = weak.lock(); self && !self->state_.isPaired && self->publicationGeneration_ == generation) {
         self->resumeWithToken(token);
     }
 }
 
 void AppStore::resumeWithToken(const std::optional<std::string>& token) {
-    if (state_.isPaired) {
-        return;  // Paired by hand while the key store was being read.
-    }
     const auto url = usableServerURL(state_.settings.serverURLString);
     if (!token || token->empty() || !url) {
         restartSetupQr();

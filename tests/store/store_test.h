@@ -4,6 +4,8 @@
 #include "tests/support/store_fixture.h"
 
 #include <chrono>
+#include <expected>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,14 @@ struct StoreTest : testing::Test, support::Computer {
             ids.push_back(record.id);
         }
         return ids;
+    }
+
+    /// What the sender of crash reports gave; none until then.
+    std::optional<std::expected<std::int64_t, server::APIError>> sentReports;
+    void sendReports(const CrashSession::Sender& sender, const Lines& reports) {
+        run([this, sender, reports](AppStore&) -> platform::Awaitable<void> {
+            sentReports = co_await sender(reports);
+        });
     }
 
     /// The lines of the journal that begin with `prefix`; the journal begins anew.
