@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <string_view>
 
@@ -85,9 +86,10 @@ struct Totals {
     }
 };
 
-void print(const Totals& totals, double realSeconds) {
-    std::printf("%" PRIu64 " seeds, %.1f simulated hours in %.1f s: %.0f times real time\n", totals.seeds,
-                totals.simulatedSeconds / 3600, realSeconds, totals.simulatedSeconds / realSeconds);
+void print(const Totals& totals, double realSeconds, double processorSeconds) {
+    std::printf("%" PRIu64 " seeds, %.1f simulated hours in %.1f s: %.0f times real time, %.0f a core\n", totals.seeds,
+                totals.simulatedSeconds / 3600, realSeconds, totals.simulatedSeconds / realSeconds,
+                totals.simulatedSeconds / processorSeconds);
     std::printf("%" PRIu64 " actions, %" PRIu64 " signals accepted, %" PRIu64 " looks, %" PRIu64 " faults:\n",
                 totals.actions, totals.accepted, totals.looks, totals.faults.total());
     for (std::size_t index = 0; index < faultCount; ++index) {
@@ -110,8 +112,9 @@ bool fails(const Options& options, std::uint64_t seed, const Report& report) {
     const double when = std::chrono::duration<double>(report.violation->when.time_since_epoch()).count();
     std::printf("seed %" PRIu64 " fails at %.6f s, computer %d: %s\n", seed, when, report.violation->who,
                 report.violation->what.c_str());
-    std::printf("replay: ./dev simulate 1 --first %" PRIu64 "%s --verbose --trace simulation.trace\n", seed,
-                options.isDay ? " --day" : "");
+    std::printf(options.isDay ? "replay: simulate --seeds 1 --first %" PRIu64 " --day --verbose\n"
+                              : "replay: ./dev simulate 1 %" PRIu64 "\n",
+                seed);
     return true;
 }
 
@@ -146,7 +149,8 @@ int run(const Options& options, std::FILE* trace) {
                         report.traceHash);
         }
     }
-    print(totals, std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count());
+    print(totals, std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count(),
+          static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
     return EXIT_SUCCESS;
 }
 

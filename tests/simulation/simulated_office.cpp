@@ -63,8 +63,12 @@ SimulatedOffice::~SimulatedOffice() = default;
 void SimulatedOffice::scheduleTick() {
     surroundings_.loop.schedule(surroundings_.loop.now() + tickInterval, [this] {
         if (isUp_) {
-            const auto deadline = office_->nextDeadline();
-            if (deadline && *deadline <= surroundings_.loop.wallNow()) {
+            // Only a call of the office moves its deadline.
+            if (deadlineAsOf_ != sequence_) {
+                deadline_ = office_->nextDeadline();
+                deadlineAsOf_ = sequence_;
+            }
+            if (deadline_ && *deadline_ <= surroundings_.loop.wallNow()) {
                 ++sequence_;
                 office::Answer due;
                 due.effects = office_->tick(surroundings_.loop.wallNow());

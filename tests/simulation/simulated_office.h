@@ -110,6 +110,8 @@ private:
     bool isUp_ = false;
     std::uint64_t incarnation_ = 0;
     std::uint64_t sequence_ = 0;
+    std::optional<office::Timestamp> deadline_;
+    std::uint64_t deadlineAsOf_ = 0;
     std::string lastBody_;
     std::unordered_map<std::string, std::vector<std::shared_ptr<OfficeConnection>>> connections_;
     std::unordered_map<std::string, std::string> deviceByToken_;

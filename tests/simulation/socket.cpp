@@ -298,13 +298,15 @@ void Socket::completeSend() {
             after(network.latency(port_.link_), &Socket::pingArrives);
         }
     }
-    if (!isSent) {
-        countFailure();
-    }
-    asio::post(executor_, [complete = std::exchange(sending_, nullptr), isSent]() mutable { complete(isSent); });
+    asio::post(executor_, [self = shared_from_this(), complete = std::exchange(sending_, nullptr), isSent]() mutable {
+        if (!isSent) {
+            self->countFailure();
+        }
+        complete(isSent);
+    });
 }
 
-/// The client learns of the end, once, whether by its reading or by its ping.
+/// The client learns of the end, once, whether by its reading or by its ping; unless it has given the socket up before.
 void Socket::countFailure() {
     if (!isCancelled_ && !std::exchange(isFailureCounted_, true) && session_ == port_.watch_.session()) {
         port_.watch_.openingFailed();
@@ -329,13 +331,16 @@ void Socket::completeReceive() {
         network.trace.note(network.loop.now(), port_.computer_, "frame", text);
         handOver(platform::WebSocketFrame{.kind = platform::WebSocketFrame::Kind::text, .payload = std::move(text)});
     } else if (failure_) {
-        countFailure();
         handOver(std::unexpected{*failure_});
     }
 }
 
 void Socket::handOver(Received received) {
-    asio::post(executor_, [complete = std::exchange(receiving_, nullptr), received = std::move(received)]() mutable {
+    asio::post(executor_, [self = shared_from_this(), complete = std::exchange(receiving_, nullptr),
+                           received = std::move(received)]() mutable {
+        if (!received) {
+            self->countFailure();
+        }
         complete(std::move(received));
     });
 }
