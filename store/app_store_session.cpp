@@ -59,6 +59,9 @@ void AppStore::resumeWithToken(const std::optional<std::string>& token) {
         restartSetupQr();
         return;
     }
+    // A code that was asked for by hand while the key store was locked must not replace the pairing.
+    setupQrTask_.cancel();
+    setupQrTask_ = {};
     assign(StoreField::isPaired, state_.isPaired, true);
     assign(StoreField::role, state_.role, roleFromStored(state_.settings.storedRole));
     collaborators_.crash.writeContext(PairedContext::paired);
