@@ -6,9 +6,19 @@
 namespace zelkovanta::records {
 namespace {
 
-boost::urls::url_view viewOf(const std::string& text) {
+std::optional<boost::urls::url_view> parsed(std::string_view text) {
     const auto view = boost::urls::parse_uri_reference(text);
-    return view.has_value() ? *view : boost::urls::url_view();
+    if (!view)
+        return std::nullopt;
+    // The library takes "host:port" with letters as a host with a path behind it.
+    const std::string_view path = view->encoded_path();
+    if (view->has_authority() && !path.empty() && !path.starts_with('/'))
+        return std::nullopt;
+    return *view;
+}
+
+boost::urls::url_view viewOf(const std::string& text) {
+    return parsed(text).value_or(boost::urls::url_view());
 }
 
 bool standsInPath(char character) {
@@ -21,7 +31,7 @@ bool standsInPath(char character) {
 }  // namespace
 
 std::optional<Url> Url::parse(std::string_view text) {
-    if (text.empty() || boost::urls::parse_uri_reference(text).has_error())
+    if (text.empty() || !parsed(text))
         return std::nullopt;
     return Url(std::string(text));
 }

@@ -28,7 +28,8 @@ TEST(UrlTest, whatIsNoReferenceDoesNotParse) {
     for (const std::string_view text :
          {std::string_view(""), std::string_view("http://exa mple/"), std::string_view("http://host/<a>"),
           std::string_view("https://host/%zz"), std::string_view("https://host/%2"), std::string_view("http://[::1"),
-          std::string_view("http://host:port/"), std::string_view("://host"), std::string_view("1ttp://host"),
+          std::string_view("http://host:port/"), std::string_view("http://host:80x"),
+          std::string_view("http://[::1]x/"), std::string_view("://host"), std::string_view("1ttp://host"),
           std::string_view(" https://host"), std::string_view("https://host/\n"), std::string_view("https://höst/"),
           std::string_view("https://host/\0a", 15), std::string_view("\xFF\xFE")})
         EXPECT_EQ(Url::parse(text), std::nullopt) << text;
