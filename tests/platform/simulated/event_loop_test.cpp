@@ -1,4 +1,5 @@
 #include "platform/simulated/event_loop.h"
+
 #include "platform/task.h"
 
 #include <string>
