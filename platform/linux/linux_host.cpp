@@ -1,0 +1,67 @@
+#include "platform/linux/linux_host.h"
+
+#include "platform/linux/transport_settings.h"
+
+#include <chrono>
+#include <utility>
+
+#include <QCoreApplication>
+
+namespace zelkovanta::platform::linux_host {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+HostSources sourcesWith(const Environment& environment) {
+    HostSources sources = HostSources::ofThisComputer();
+    sources.environment = environment;
+    return sources;
+}
+
+}  // namespace
+
+LinuxHost::Settings LinuxHost::settingsOfThisProcess(Profile profile) {
+    const auto environment = processEnvironment();
+    const auto program = programFile();
+    return {.profile = profile,
+            .roots = fileRootsFrom(environment, profile),
+            .resources = resourcesFolderFrom(environment, program),
+            .program = program,
+            .environment = environment};
+}
+
+LinuxHost::LinuxHost(const Settings& settings)
+    : clock_(network_.context()),
+      info_(sourcesWith(settings.environment)),
+      urlLoading_(network_, TransportSettings::from(settings.environment, info_.localeIdentifier())),
+      webSockets_(TransportSettings::from(settings.environment, info_.localeIdentifier())),
+      keyStore_(mainThread_.executor()),
+      defaults_(settings.roots.config / "zelkovanta" / "settings.ini", network_.makeWorkerQueue()),
+      information_(settings.resources),
+      loginItem_(
+          settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
+          settings.program),
+      powerOff_(network_.context(), mainThread_.executor(), [] { QCoreApplication::quit(); }),
+      tokenItem_{.service = settings.profile.applyTo("com.zelkovanta.macos"), .account = "deviceToken"} {}
+
+LinuxHost::~LinuxHost() {
+    shutDown();
+}
+
+void LinuxHost::shutDown() {
+    if (std::exchange(isShutDown_, true)) {
+        return;
+    }
+    powerOff_.stop();
+    keyStore_.finishChanges(1s);
+    urlLoading_.cancelAll();
+    webSockets_.cancelAll();
+    defaults_.flush(2s);
+    // What was cancelled comes to its end before the thread does.
+    network_.runAndWait([]() -> Awaitable<void> { co_return; }, 1s);
+    network_.stop();
+    mainThread_.end();
+}
+
+}  // namespace zelkovanta::platform::linux_host

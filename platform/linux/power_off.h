@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/async.h"
+#include "platform/power_off.h"
+
+#include <functional>
+#include <memory>
+
+namespace boost::asio {
+class io_context;
+}  // namespace boost::asio
+
+namespace zelkovanta::platform::linux_host {
+
+/// The end of the computer (the login service announces it and waits for us, under a delay inhibitor), of the desktop
+/// session, or of this process by SIGTERM: whichever comes first runs the handlers, once. A shutdown that was called
+/// off counts as none.
+///
+/// Without a system bus or a login service there is still SIGTERM. Main thread; nothing here waits.
+class PowerOff final : public PowerOffNotifications {
+public:
+    /// `quit` is called on the main thread after SIGTERM's handlers ran.
+    PowerOff(boost::asio::io_context& network, Executor mainThread, std::function<void()> quit);
+    ~PowerOff() override;
+    PowerOff(const PowerOff&) = delete;
+    PowerOff& operator=(const PowerOff&) = delete;
+
+    /// No handler is called from here on.
+    void stop();
+
+    [[nodiscard]] std::unique_ptr<Observer> observe(std::function<void()> handler) override;
+
+private:
+    class State;
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace zelkovanta::platform::linux_host

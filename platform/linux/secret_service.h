@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/async.h"
+#include "platform/key_store.h"
+#include "platform/linux/secret_cipher.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+namespace zelkovanta::platform::linux_host {
+
+/// One conversation with the Secret Service. Main thread. Every step gives nothing when the service fails it.
+class SecretService {
+public:
+    SecretService(QDBusConnection bus, std::chrono::milliseconds callLimit, QObject& owner)
+        : bus_(std::move(bus)), callLimit_(callLimit), owner_(owner) {}
+
+    Awaitable<std::optional<std::string>> read(KeyStoreItem item);
+    Awaitable<void> write(KeyStoreItem item, std::string value);
+    Awaitable<void> remove(KeyStoreItem item);
+
+private:
+    using Paths = QList<QDBusObjectPath>;
+    struct Found {
+        Paths unlocked;
+        Paths locked;
+    };
+
+    Awaitable<bool> begin();
+    Awaitable<std::optional<QList<QVariant>>> call(QString path, QString interface, QString method,
+                                                   QList<QVariant> arguments);
+    Awaitable<std::optional<Found>> search(KeyStoreItem item);
+    Awaitable<bool> unlock(QDBusObjectPath object);
+    /// What the person's answer led to; none if it was declined or the service went away. "/" needs no answer.
+    Awaitable<std::optional<QVariant>> answer(QDBusObjectPath prompt);
+    Awaitable<std::optional<QDBusObjectPath>> defaultCollection();
+
+    QDBusConnection bus_;
+    std::chrono::milliseconds callLimit_;
+    QObject& owner_;
+    QString service_ = QStringLiteral("org.freedesktop.secrets");
+    QDBusObjectPath session_;
+    SecretCipher cipher_;
+};
+
+}  // namespace zelkovanta::platform::linux_host
