@@ -36,7 +36,7 @@ ListView {
     delegate: SignalRow {
         id: entry
 
-        width: list.width
+        width: list.width - (list.contentHeight > list.height ? 12 : 0)
         page: list.page
         now: list.now
 

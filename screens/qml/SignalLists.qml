@@ -17,13 +17,12 @@ ColumnLayout {
     spacing: 8
 
     RowLayout {
-        visible: lists.page.showsReceived || lists.page.showsSent
+        visible: lists.page.showsReceived && lists.page.showsSent
         spacing: 8
 
         ListTab {
             Layout.fillWidth: true
             Layout.preferredWidth: 1
-            visible: lists.page.showsReceived
             current: lists.receivedShown
             text: qsTr("Received")
             entries: lists.page.received.count
@@ -32,12 +31,15 @@ ColumnLayout {
         ListTab {
             Layout.fillWidth: true
             Layout.preferredWidth: 1
-            visible: lists.page.showsSent
             current: lists.sentShown
             text: qsTr("Sent")
             entries: lists.page.sent.count
             onClicked: lists.sentChosen = true
         }
+    }
+    Caption {
+        visible: lists.page.showsSent && !lists.page.showsReceived
+        text: qsTr("Sent from here")
     }
     RowLayout {
         Layout.fillWidth: true

@@ -63,7 +63,7 @@ Item {
                 }
                 Words {
                     Layout.fillWidth: true
-                    Layout.maximumWidth: implicitWidth
+                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
                     Layout.minimumWidth: 40
                     text: row.room
                     font.weight: Font.DemiBold

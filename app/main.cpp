@@ -1,0 +1,86 @@
+#include "app/single_instance.h"
+#include "app/wiring.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QSessionManager>
+
+namespace {
+
+using zelkovanta::app::SingleInstance;
+using zelkovanta::app::Wiring;
+using zelkovanta::platform::linux_host::FileRoots;
+using zelkovanta::platform::linux_host::LinuxHost;
+
+constexpr auto applicationId = "com.zelkovanta.Desktop";
+constexpr int wrongUse = 2;
+
+/// Pictures are drawn without a graphics driver in the process, and only when something changes: half the memory and a
+/// tenth of the idle time. Whoever sets Qt's own variables has it their way.
+void chooseRendering() {
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND")) {
+        QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
+    }
+    if (qEnvironmentVariableIsEmpty("QSG_RENDER_LOOP")) {
+        qputenv("QSG_RENDER_LOOP", "basic");
+    }
+}
+
+/// Where the lock and the socket of this login lie.
+QString instanceFolder(const FileRoots& roots) {
+    const std::filesystem::path folder = roots.runtime.value_or(roots.data / "zelkovanta");
+    if (!roots.runtime) {
+        std::error_code ignored;  // A folder that cannot be made means that starts are not told apart.
+        std::filesystem::create_directories(folder, ignored);
+    }
+    return QString::fromStdString(folder.string());
+}
+
+int startedBefore(SingleInstance::Start start) {
+    if (start == SingleInstance::Start::handedOver) {
+        return EXIT_SUCCESS;
+    }
+    std::fputs("ZelkoVanta is running already, and does not answer.\n", stderr);
+    return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto profile =
+        zelkovanta::platform::linux_host::profileFrom(zelkovanta::platform::linux_host::processEnvironment());
+    if (!profile) {
+        std::fprintf(stderr, "%s\n", profile.error().c_str());
+        return wrongUse;
+    }
+    // The end from a terminal is an end in order, as any other.
+    std::signal(SIGINT, [](int) { static_cast<void>(std::raise(SIGTERM)); });
+
+    chooseRendering();
+    const QString activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
+    // Closing the window hides it.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    // The autostart entry starts the program at login; the session's own memory would start it twice.
+    QObject::connect(&application, &QGuiApplication::saveStateRequest,
+                     [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
+
+    const LinuxHost::Settings settings = LinuxHost::settingsOfThisProcess(*profile);
+    SingleInstance instance(instanceFolder(settings.roots), QString::fromStdString(profile->applyTo(applicationId)));
+    if (const auto start = instance.begin(activationToken); start != SingleInstance::Start::first) {
+        return startedBefore(start);
+    }
+    Wiring wiring(settings);
+    instance.onSecondStart = [&wiring](const QString& token) { wiring.bringForward(token); };
+    wiring.showWindow();
+    const int status = QGuiApplication::exec();
+    instance.onSecondStart = {};
+    return status;
+}

@@ -1,0 +1,45 @@
+#include "app/main_window.h"
+
+#include "screens/qml/registration.h"
+
+#include <QGuiApplication>
+#include <QUrl>
+
+namespace zelkovanta::app {
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::make() {
+    engine_ = std::make_unique<QQmlApplicationEngine>();
+    screens::qml::registerScreens(*engine_);
+    engine_->setInitialProperties({{QStringLiteral("page"), QVariant::fromValue(page_)}});
+    engine_->load(QUrl{QString::fromLatin1(screens::qml::mainWindowUrl)});
+    for (QObject* root : engine_->rootObjects()) {
+        window_ = qobject_cast<QQuickWindow*>(root);
+    }
+    if (!window_) {
+        qFatal("The window cannot be made.");
+    }
+}
+
+void MainWindow::show() {
+    if (!window_) {
+        make();
+    }
+    window_->show();
+}
+
+void MainWindow::bringForward(const QString& activationToken) {
+    // Where Qt's Wayland part looks for it.
+    if (!activationToken.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+    }
+    show();
+    if (window_->windowState() == Qt::WindowMinimized) {
+        window_->showNormal();
+    }
+    window_->raise();
+    window_->requestActivate();
+}
+
+}  // namespace zelkovanta::app

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "screens/qml/page_model.h"
+#include "store/collaborators.h"
+
+#include <memory>
+
+#include <QPointer>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QString>
+
+namespace zelkovanta::app {
+
+/// The window. Made when it is first shown; closing it hides it, and the program goes on.
+class MainWindow final : public store::MainWindow {
+public:
+    MainWindow() = default;
+    ~MainWindow() override;
+    MainWindow(const MainWindow&) = delete;
+    MainWindow& operator=(const MainWindow&) = delete;
+
+    /// What the window shows; before the first `show`, and it must outlive the window.
+    void setPage(screens::qml::PageModel& page) { page_ = &page; }
+
+    /// Shows the window without taking the focus from what the person is doing. Ends the program if there is no screen
+    /// to show it on.
+    void show() override;
+    /// The window and what it is made of are gone; it is not shown again.
+    void close() { engine_.reset(); }
+    /// In answer to the person: shows the window above the others. The token is the desktop's leave to do so, empty
+    /// where there is none.
+    void bringForward(const QString& activationToken);
+
+private:
+    void make();
+
+    screens::qml::PageModel* page_ = nullptr;
+    std::unique_ptr<QQmlApplicationEngine> engine_;
+    QPointer<QQuickWindow> window_;
+};
+
+}  // namespace zelkovanta::app

@@ -1,0 +1,67 @@
+#include "app/wiring.h"
+
+#include "records/url.h"
+
+#include <QCoreApplication>
+#include <QString>
+
+namespace zelkovanta::app {
+
+namespace {
+
+constexpr auto busName = "com.zelkovanta.Desktop";
+
+records::Url defaultServerURL() {
+    const auto url = records::Url::parse(ZELKOVANTA_SERVER_URL);
+    if (!url) {
+        qFatal("This build has no server address: \"%s\" is no URL.", ZELKOVANTA_SERVER_URL);
+    }
+    return *url;
+}
+
+}  // namespace
+
+Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
+    : host_(settings), keyStore_(host_.keyStore(), settings.profile), store_(startStore()) {
+    QCoreApplication::installTranslator(&translator_);
+    page_ = std::make_unique<screens::qml::PageModel>(store_, host_.mainThread().executor(), host_.clock(), strings_);
+    mainWindow_.setPage(*page_);
+    busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(busName), host_.background().workers(),
+                                                 host_.mainThread().executor(),
+                                                 [this](const QString& token) { bringForward(token); });
+}
+
+Wiring::~Wiring() {
+    busPresence_.reset();
+    mainWindow_.close();
+    page_.reset();
+    store_.reset();
+    host_.shutDown();
+    QCoreApplication::removeTranslator(&translator_);
+}
+
+std::shared_ptr<store::AppStore> Wiring::startStore() {
+    return store::AppStore::start({.main = host_.mainThread().executor(),
+                                   .background = host_.background(),
+                                   .clock = host_.clock(),
+                                   .random = host_.random(),
+                                   .urlLoading = host_.urlLoading(),
+                                   .webSocketLoading = host_.webSockets(),
+                                   .keyStore = keyStore_,
+                                   .defaults = host_.defaults(),
+                                   .information = host_.information(),
+                                   .loginItem = host_.loginItem(),
+                                   .hostInfo = host_.info(),
+                                   .powerOff = host_.powerOff(),
+                                   .notificationCenter = notificationCenter_,
+                                   .strings = strings_,
+                                   .defaultServerURL = defaultServerURL()},
+                                  {.notifications = notifications_,
+                                   .notes = notes_,
+                                   .crash = crash_,
+                                   .updates = updates_,
+                                   .beacon = beacon_,
+                                   .mainWindow = mainWindow_});
+}
+
+}  // namespace zelkovanta::app
