@@ -74,6 +74,9 @@ Computer::Computer(const ComputerSurroundings& surroundings, int number, Chance 
     if (surroundings.sabotage.keyStore) {
         wrappedKeyStore_ = surroundings.sabotage.keyStore(keyStore_);
     }
+    if (surroundings.sabotage.hostInfo) {
+        wrappedHostInfo_ = surroundings.sabotage.hostInfo(hostInfo_);
+    }
 }
 
 Computer::~Computer() = default;
@@ -88,7 +91,7 @@ void Computer::launch() {
         surroundings_,
         Process::Host{.keyStore = wrappedKeyStore_ ? *wrappedKeyStore_ : keyStore_,
                       .defaults = defaults_,
-                      .hostInfo = hostInfo_,
+                      .hostInfo = wrappedHostInfo_ ? *wrappedHostInfo_ : hostInfo_,
                       .loginItem = loginItem_,
                       .link = link_,
                       .watch = watch_,

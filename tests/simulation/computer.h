@@ -23,6 +23,8 @@ struct Sabotage {
     std::function<std::unique_ptr<platform::Clock>(platform::Clock&)> clock;
     /// Gives a wrapper around the key store of a computer, or null.
     std::function<std::unique_ptr<platform::KeyStore>(platform::KeyStore&)> keyStore;
+    /// Gives a wrapper around what a computer says of itself, or null.
+    std::function<std::unique_ptr<platform::HostInfo>(platform::HostInfo&)> hostInfo;
     /// Gives a wrapper around the office's storage, or null.
     std::function<std::unique_ptr<office::Storage>(office::Storage&)> storage;
 };
@@ -148,6 +150,7 @@ private:
     std::unique_ptr<platform::KeyStore> wrappedKeyStore_;
     platform::simulated::MemoryUserDefaults defaults_;
     platform::simulated::SimulatedHostInfo hostInfo_;
+    std::unique_ptr<platform::HostInfo> wrappedHostInfo_;
     platform::simulated::SimulatedLoginItem loginItem_;
     Link link_;
     Watch watch_;

@@ -62,7 +62,7 @@ SimulatedOffice::~SimulatedOffice() = default;
 
 void SimulatedOffice::scheduleTick() {
     surroundings_.loop.schedule(surroundings_.loop.now() + tickInterval, [this] {
-        if (isUp_) {
+        if (isUp_ && isExpiring_) {
             // Only a call of the office moves its deadline.
             if (deadlineAsOf_ != sequence_) {
                 deadline_ = office_->nextDeadline();

@@ -81,6 +81,8 @@ public:
     void goDown();
     /// Opens the office anew on its storage, and looks whether everything is still there.
     void comeUp();
+    /// From here on nothing expires, so that nothing is under way once everybody is done.
+    void stopExpiring() { isExpiring_ = false; }
     void refuseCommits(bool refuse) { memory_.refuseCommits(refuse); }
 
     /// What the office holds; while it is down, what it held last.
@@ -108,6 +110,7 @@ private:
     ChanceBytes random_;
     std::unique_ptr<office::Office> office_;
     bool isUp_ = false;
+    bool isExpiring_ = true;
     std::uint64_t incarnation_ = 0;
     std::uint64_t sequence_ = 0;
     std::optional<office::Timestamp> deadline_;

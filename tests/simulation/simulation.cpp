@@ -81,6 +81,7 @@ Report Simulation::run() {
         look(*computer);
     }
     if (verdict_.holds()) {
+        office_->stopExpiring();
         for (const auto& computer : computers_) {
             computer->process().port().breakSockets();
         }
