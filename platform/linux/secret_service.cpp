@@ -64,6 +64,12 @@ QByteArray toBytes(const std::string& text) {
 
 }  // namespace
 
+SecretService::SecretService(QDBusConnection bus, std::chrono::milliseconds callLimit, QObject& owner)
+    : bus_(std::move(bus)), callLimit_(callLimit), owner_(owner) {
+    qDBusRegisterMetaType<TransferredSecret>();
+    qDBusRegisterMetaType<Attributes>();
+}
+
 Awaitable<std::optional<QList<QVariant>>> SecretService::call(QString path, QString interface, QString method,
                                                               QList<QVariant> arguments) {
     auto message = QDBusMessage::createMethodCall(service_, path, interface, method);
@@ -80,8 +86,6 @@ Awaitable<std::optional<QList<QVariant>>> SecretService::call(QString path, QStr
 }
 
 Awaitable<bool> SecretService::begin() {
-    qDBusRegisterMetaType<TransferredSecret>();
-    qDBusRegisterMetaType<Attributes>();
     const QVariant publicKey = QVariant::fromValue(QDBusVariant(toBytes(cipher_.publicKey())));
     const QList<QVariant> arguments{QString::fromLatin1(SecretCipher::algorithm), publicKey};
     const auto reply = co_await call(servicePath, serviceInterface, QStringLiteral("OpenSession"), arguments);

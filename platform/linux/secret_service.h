@@ -20,8 +20,7 @@ namespace zelkovanta::platform::linux_host {
 /// One conversation with the Secret Service. Main thread. Every step gives nothing when the service fails it.
 class SecretService {
 public:
-    SecretService(QDBusConnection bus, std::chrono::milliseconds callLimit, QObject& owner)
-        : bus_(std::move(bus)), callLimit_(callLimit), owner_(owner) {}
+    SecretService(QDBusConnection bus, std::chrono::milliseconds callLimit, QObject& owner);
 
     Awaitable<std::optional<std::string>> read(KeyStoreItem item);
     Awaitable<void> write(KeyStoreItem item, std::string value);

@@ -34,6 +34,9 @@ FakeSecretService::~FakeSecretService() {
 }
 
 void FakeSecretService::vanish() {
+    if (!bus_.isConnected()) {
+        return;
+    }
     bus_.unregisterObject(QStringLiteral("/org/freedesktop/secrets"));
     bus_.unregisterService(serviceName);
     const QString name = bus_.name();

@@ -59,7 +59,10 @@ struct SecretServiceKeyStoreTest : testing::Test {
 struct GnomeKeyringTest : SecretServiceKeyStoreTest {
     QProcess daemon;
 
-    GnomeKeyringTest() {
+    GnomeKeyringTest() { startDaemon(); }
+    ~GnomeKeyringTest() override { stopDaemon(); }
+
+    void startDaemon() {
         daemon.setProcessChannelMode(QProcess::MergedChannels);
         daemon.start(
             QStringLiteral("gnome-keyring-daemon"),
@@ -68,7 +71,7 @@ struct GnomeKeyringTest : SecretServiceKeyStoreTest {
         daemon.closeWriteChannel();
         EXPECT_TRUE(runUntil(isServicePresent)) << "gnome-keyring-daemon did not start";
     }
-    ~GnomeKeyringTest() override {
+    void stopDaemon() {
         daemon.kill();
         daemon.waitForFinished();
         EXPECT_TRUE(runUntil([] { return !isServicePresent(); }));
@@ -136,11 +139,8 @@ TEST_F(GnomeKeyringTest, theRealDaemonsLockHoldsTheTokenBackAndLosesNothing) {
     ASSERT_EQ(QDBusConnection::sessionBus().call(lock).type(), QDBusMessage::ReplyMessage);
     // Nobody can be asked here, which the daemon takes for a refusal.
     EXPECT_EQ(read(token), "no token");
-    QProcess unlocking;
-    unlocking.start(QStringLiteral("gnome-keyring-daemon"), {QStringLiteral("--unlock")});
-    unlocking.write("password");
-    unlocking.closeWriteChannel();
-    ASSERT_TRUE(unlocking.waitForFinished());
+    stopDaemon();
+    startDaemon();
     EXPECT_EQ(read(token), "behind the lock");
     store->remove(token);
     EXPECT_EQ(read(token), "no token");
