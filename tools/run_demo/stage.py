@@ -1,0 +1,184 @@
+"""Where the demo plays: folders, a session bus, a key store, a display, the office and the two computers.
+
+Nothing of the person's own home is read or written: the folders, the bus and the key store are the demo's own.
+"""
+
+import os
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+
+from processes import DemoError, Processes
+
+PORT = 8787
+PRACTICE = "harbour"
+ROOM = "Room 3"
+PROVIDER = "Dr. Amara Okafor"
+
+BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path={folder}/bus</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+
+
+def port_is_taken():
+    with socket.socket() as probe:
+        probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        try:
+            probe.bind(("127.0.0.1", PORT))
+        except OSError:
+            return True
+    return False
+
+
+class Stage:
+    def __init__(self, build, folder):
+        self.folder = folder
+        self.office_program = os.path.join(build, "office", "zelkovanta-office")
+        self.client_program = os.path.join(build, "app", "zelkovanta")
+        self.database = os.path.join(folder, "office.db")
+        self.short = None
+        self.office = None
+        self.environment = dict(os.environ)
+        self.processes = Processes(os.path.join(folder, "logs"))
+        for program in (self.office_program, self.client_program):
+            if not os.access(program, os.X_OK):
+                raise DemoError(f"{program} is not built yet.")
+        if port_is_taken():
+            raise DemoError(f"Port {PORT} of this computer is taken, and the office listens there: "
+                            "end what holds it (ss -ltnp names it).")
+
+    def __enter__(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        for name in ("config", "data", "cache", "state", "logs", "screenshots"):
+            os.makedirs(os.path.join(self.folder, name))
+        # Paths of sockets must be short, and the folder of this tree may lie deep.
+        self.short = tempfile.mkdtemp(prefix="zelkovanta-")
+        runtime = os.path.join(self.short, "runtime")
+        os.mkdir(runtime, 0o700)
+        display = self.environment.get("WAYLAND_DISPLAY")
+        if display and not display.startswith("/") and self.environment.get("XDG_RUNTIME_DIR"):
+            self.environment["WAYLAND_DISPLAY"] = os.path.join(self.environment["XDG_RUNTIME_DIR"], display)
+        if self.environment.get("DISPLAY") and not self.environment.get("XAUTHORITY"):
+            self.environment["XAUTHORITY"] = os.path.expanduser("~/.Xauthority")
+        self.environment.update(
+            HOME=self.folder, XDG_RUNTIME_DIR=runtime,
+            XDG_CONFIG_HOME=os.path.join(self.folder, "config"), XDG_DATA_HOME=os.path.join(self.folder, "data"),
+            XDG_CACHE_HOME=os.path.join(self.folder, "cache"), XDG_STATE_HOME=os.path.join(self.folder, "state"))
+        for name in ("ZELKOVANTA_PROFILE", "ZELKOVANTA_RESOURCES", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"):
+            self.environment.pop(name, None)
+        try:
+            self._start_bus()
+            self._start_key_store()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self.processes.end_all()
+        if self.short:
+            shutil.rmtree(self.short, ignore_errors=True)
+
+    def _start_bus(self):
+        configuration = os.path.join(self.short, "bus.conf")
+        with open(configuration, "w", encoding="utf-8") as file:
+            file.write(BUS_CONFIGURATION.format(folder=self.short))
+        self.processes.start("session-bus", ["dbus-daemon", "--nofork", f"--config-file={configuration}"],
+                             self.environment)
+        self.processes.until("the session bus begins", lambda: os.path.exists(f"{self.short}/bus"))
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.short}/bus"
+
+    def bus_has(self, name):
+        answer = subprocess.run(
+            ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+             "org.freedesktop.DBus.NameHasOwner", f"string:{name}"],
+            env=self.environment, capture_output=True, text=True, check=False)
+        return "boolean true" in answer.stdout
+
+    def _start_key_store(self):
+        """A keyring of the demo's own, unlocked with a password that protects nothing worth it."""
+        if not shutil.which("gnome-keyring-daemon"):
+            print("There is no gnome-keyring here, so the computers forget their pairing when they end.")
+            return
+        reading, writing = os.pipe()
+        os.write(writing, b"demo")
+        os.close(writing)
+        with os.fdopen(reading) as password:
+            self.processes.start("key-store", ["gnome-keyring-daemon", "--unlock", "--foreground",
+                                               "--components=secrets"], self.environment, stdin=password)
+        self.processes.until("the key store begins", lambda: self.bus_has("org.freedesktop.secrets"))
+
+    def start_display(self):
+        """A display that nobody sees, with a window manager, and what a screen reader asks."""
+        reading, writing = os.pipe()
+        self.processes.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24",
+                                         "-nolisten", "tcp"], self.environment, pass_fds=(writing,))
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise DemoError("The virtual display (Xvfb) did not begin: " +
+                            self.processes.log_of("display").strip().replace("\n", " "))
+        self.environment.update(DISPLAY=f":{number}", QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        for name in ("WAYLAND_DISPLAY", "XAUTHORITY"):
+            self.environment.pop(name, None)
+        self.processes.start("window-manager", ["openbox", "--sm-disable"], self.environment)
+        self.processes.start("accessibility", ["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"],
+                             self.environment)
+        self.processes.until("the accessibility bus begins", lambda: self.bus_has("org.a11y.Bus"))
+
+    def start_office(self):
+        begun = self.openings()
+        self.office = self.processes.start(
+            "office", [self.office_program, "serve", "--database", self.database, "--port", str(PORT), "--sample",
+                       PRACTICE], self.environment)
+        self.processes.until("the office listens", lambda: self.openings() > begun)
+
+    def openings(self):
+        """How often the office has begun to listen."""
+        file = os.path.join(self.folder, "logs", "office.log")
+        return self.processes.log_of("office").count("listening on") if os.path.exists(file) else 0
+
+    def kill_office(self):
+        self.processes.end(self.office, signal.SIGKILL)
+
+    def order(self, *words):
+        """One command to the running office, as a script gives it. Its answer without the line end."""
+        done = subprocess.run([self.office_program, *words, "--database", self.database], env=self.environment,
+                              capture_output=True, text=True, check=False)
+        if done.returncode != 0:
+            raise DemoError(f"The office refused \"{' '.join(words)}\": {done.stderr.strip()}")
+        return done.stdout.strip()
+
+    def start_computer(self, profile):
+        return self.processes.start(profile, [self.client_program],
+                                    dict(self.environment, ZELKOVANTA_PROFILE=profile))
+
+    def approve(self, *placement):
+        return self.order("approve", *placement, "--wait", "30")
+
+    def arrange_windows(self, *computers):
+        """Puts the computers' windows side by side."""
+        for place, computer in enumerate(computers):
+            done = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--pid", str(computer.pid)],
+                                  env=self.environment, capture_output=True, text=True, check=True)
+            for window in done.stdout.split():
+                subprocess.run(["xdotool", "windowmove", "--sync", window, str(40 + 460 * place), "40"],
+                               env=self.environment, check=True, timeout=10)
+
+    def take_picture(self, name):
+        file = os.path.join(self.folder, "screenshots", name + ".png")
+        subprocess.run(["import", "-window", "root", file], env=self.environment, check=True)
+        return file
