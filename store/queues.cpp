@@ -42,11 +42,34 @@ Priorities prioritiesById(std::span<const records::SignalType> types) {
     return priorities;
 }
 
-SignalList withinRoom(SignalList signals, const std::optional<std::string>& roomId) {
-    if (roomId) {
-        std::erase_if(signals, [&roomId](const records::Signal* signal) { return signal->roomId != *roomId; });
+/// The active signals that `keep` holds for, in queue order. Only those are sorted.
+SignalList sortedIf(std::span<const records::SignalType> types, std::span<const records::Signal> signals, auto&& keep) {
+    struct Entry {
+        std::int64_t priority;
+        std::string_view createdAt;
+        const records::Signal* signal;
+    };
+    const Priorities priorities = prioritiesById(types);
+    std::vector<Entry> entries;
+    for (const auto& signal : signals) {
+        if (records::isActive(signal) && keep(signal)) {
+            const auto found = priorities.find(signal.typeId);
+            entries.push_back({found == priorities.end() ? 0 : found->second, signal.createdAt, &signal});
+        }
     }
-    return signals;
+    std::ranges::stable_sort(entries, [](const Entry& left, const Entry& right) {
+        return std::tie(right.priority, left.createdAt) < std::tie(left.priority, right.createdAt);
+    });
+    SignalList sorted;
+    sorted.reserve(entries.size());
+    for (const Entry& entry : entries) {
+        sorted.push_back(entry.signal);
+    }
+    return sorted;
+}
+
+bool isWithin(const std::optional<std::string>& roomId, const records::Signal& signal) {
+    return !roomId || signal.roomId == *roomId;
 }
 
 /// How a member stands towards open calls; an unknown one gets none of them.
@@ -106,29 +129,7 @@ bool needsSignIn(const StoreState& state) {
 }
 
 SignalList sortedActiveSignals(std::span<const records::SignalType> types, std::span<const records::Signal> signals) {
-    struct Entry {
-        std::int64_t priority;
-        std::string_view createdAt;
-        const records::Signal* signal;
-    };
-    const Priorities priorities = prioritiesById(types);
-    std::vector<Entry> entries;
-    entries.reserve(signals.size());
-    for (const auto& signal : signals) {
-        if (records::isActive(signal)) {
-            const auto found = priorities.find(signal.typeId);
-            entries.push_back({found == priorities.end() ? 0 : found->second, signal.createdAt, &signal});
-        }
-    }
-    std::ranges::stable_sort(entries, [](const Entry& left, const Entry& right) {
-        return std::tie(right.priority, left.createdAt) < std::tie(left.priority, right.createdAt);
-    });
-    SignalList sorted;
-    sorted.reserve(entries.size());
-    for (const Entry& entry : entries) {
-        sorted.push_back(entry.signal);
-    }
-    return sorted;
+    return sortedIf(types, signals, [](const records::Signal&) { return true; });
 }
 
 bool isActionable(const records::Signal& signal, std::string_view memberId, Shift shift, Provider provider) {
@@ -160,10 +161,9 @@ Provider providerOf(const records::Member& member) {
 
 SignalList personalQueue(const StoreState& state, std::string_view memberId) {
     const auto [shift, provider] = standingOf(state, memberId);
-    SignalList queue = sortedActiveSignals(state.signalTypes, state.signals);
-    std::erase_if(queue,
-                  [&](const records::Signal* signal) { return !isActionable(*signal, memberId, shift, provider); });
-    return queue;
+    return sortedIf(state.signalTypes, state.signals, [&, shift = shift, provider = provider](const auto& signal) {
+        return isActionable(signal, memberId, shift, provider);
+    });
 }
 
 std::vector<std::string_view> personalSignalIds(const StoreState& state, std::string_view memberId) {
@@ -179,19 +179,22 @@ std::vector<std::string_view> personalSignalIds(const StoreState& state, std::st
 
 SignalList receivedSignals(const StoreState& state, const std::optional<std::string>& roomId) {
     const records::Member* member = activeMember(state);
-    return member ? withinRoom(personalQueue(state, member->id), roomId) : SignalList{};
+    if (!member) {
+        return {};
+    }
+    SignalList received = personalQueue(state, member->id);
+    std::erase_if(received, [&](const records::Signal* signal) { return !isWithin(roomId, *signal); });
+    return received;
 }
 
 SignalList sentSignals(const StoreState& state, const std::optional<std::string>& roomId) {
     const records::Member* me = activeMember(state);
     const std::optional<std::string> here = state.device ? state.device->roomId : std::nullopt;
-    SignalList sent = sortedActiveSignals(state.signalTypes, state.signals);
-    std::erase_if(sent, [&](const records::Signal* signal) {
-        const bool isMine = me && signal->requesterId == me->id;
-        const bool isFromHere = here && signal->roomId == *here;
-        return !isMine && !isFromHere;
+    return sortedIf(state.signalTypes, state.signals, [&](const records::Signal& signal) {
+        const bool isMine = me && signal.requesterId == me->id;
+        const bool isFromHere = here && signal.roomId == *here;
+        return (isMine || isFromHere) && isWithin(roomId, signal);
     });
-    return withinRoom(std::move(sent), roomId);
 }
 
 std::optional<std::size_t> queuePosition(const StoreState& state, std::string_view signalId) {
@@ -210,8 +213,8 @@ std::size_t activeQueueCount(const StoreState& state) {
         const auto room = confirmedFlexibleRoomId(state);
         return member && room ? receivedSignals(state, room).size() : 0;
     }
-    return member ? personalQueue(state, member->id).size()
-                  : sortedActiveSignals(state.signalTypes, state.signals).size();
+    return member ? personalSignalIds(state, member->id).size()
+                  : static_cast<std::size_t>(std::ranges::count_if(state.signals, records::isActive));
 }
 
 RoomList activeRooms(const StoreState& state) {
