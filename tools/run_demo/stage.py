@@ -43,7 +43,8 @@ def port_is_taken():
 
 
 class Stage:
-    def __init__(self, build, folder):
+    def __init__(self, build, folder, has_key_store=True):
+        self.has_key_store = has_key_store
         self.folder = folder
         self.office_program = os.path.join(build, "office", "zelkovanta-office")
         self.client_program = os.path.join(build, "app", "zelkovanta")
@@ -80,7 +81,8 @@ class Stage:
             self.environment.pop(name, None)
         try:
             self._start_bus()
-            self._start_key_store()
+            if self.has_key_store:
+                self._start_key_store()
         except BaseException:
             self.__exit__()
             raise
@@ -162,9 +164,9 @@ class Stage:
             raise DemoError(f"The office refused \"{' '.join(words)}\": {done.stderr.strip()}")
         return done.stdout.strip()
 
-    def start_computer(self, profile):
+    def start_computer(self, profile, **changes):
         return self.processes.start(profile, [self.client_program],
-                                    dict(self.environment, ZELKOVANTA_PROFILE=profile))
+                                    dict(self.environment, ZELKOVANTA_PROFILE=profile, **changes))
 
     def approve(self, *placement):
         return self.order("approve", *placement, "--wait", "30")
