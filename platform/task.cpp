@@ -65,12 +65,14 @@ Awaitable<void> sleepFor(Clock& clock, Duration delay, CancellationToken token) 
                 Timer timer;
             };
             auto sleep = std::make_shared<Sleep>(Sleep{std::move(handler), {}});
-            auto finish = [weak = std::weak_ptr(sleep), state, executor] {
-                auto self = weak.lock();
-                if (!self) {
+            // All weakly: the clock owns the sleep, and the state would own itself through `wake`.
+            auto finish = [weak = std::weak_ptr(sleep), weakState = std::weak_ptr(state), executor] {
+                const auto self = weak.lock();
+                const auto held = weakState.lock();
+                if (!self || !held) {
                     return;
                 }
-                state->wake = nullptr;
+                const auto wake = std::exchange(held->wake, nullptr);
                 self->timer.reset();
                 asio::post(executor, std::move(self->resume));
             };

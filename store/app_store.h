@@ -68,9 +68,10 @@ struct SessionPublicationGeneration {
 /// The one object that holds everything the program knows: settings, the office, this computer's registration, the
 /// active signals and the state of the connection. There is one for the life of the process.
 ///
-/// Main thread only. Asynchronous operations resume there. What an asynchronous operation brings back is compared, on
-/// arrival, with the generation and the client that it started with, and dropped in silence if they are not current.
-/// The state changes by whole main-thread turns, and observers are told once, after the turn.
+/// Main thread only. Asynchronous operations resume there; whoever starts one keeps the store until it has begun. What
+/// an asynchronous operation brings back is compared, on arrival, with the generation and the client that it started
+/// with, and dropped in silence if they are not current. The state changes by whole main-thread turns, and observers
+/// are told once, after the turn.
 class AppStore : public std::enable_shared_from_this<AppStore> {
 public:
     /// A store that has begun to start: settings are bound, collaborators are prepared, and the saved session is being
@@ -104,7 +105,8 @@ public:
     // Station sign-in.
     platform::Awaitable<void> signOutStation();
     void confirmFlexibleRoom(const std::string& roomId);
-    /// The active room that was confirmed last on this workstation; null if there is none.
+    /// The active room that was confirmed last on this workstation; null if there is none. Holds until the state
+    /// changes.
     [[nodiscard]] const records::Room* lastUsedFlexibleRoom() const;
 
     /// The words of a failure.
@@ -152,13 +154,12 @@ private:
     void apply(const server::server_message::OfficeUpdated& message);
     void apply(const server::server_message::RoomsUpdated& message);
     void apply(const server::server_message::TypesUpdated& message);
-    void apply(const server::server_message::SessionStarted& message);
-    void apply(const server::server_message::SessionEnded& message);
     void apply(const records::DesktopRelease& release);
     void apply(const server::server_message::Pong& message);
     void applySnapshot(records::StateSnapshot snapshot);
     void mergeSignal(const records::Signal& signal);
     void setSignals(std::vector<records::Signal> list);
+    /// The only writer of `signals`.
     void changeSignals(const std::function<void(std::vector<records::Signal>&)>& change);
     void upsertMember(const records::Member& member);
     void moveToOffice(const records::Office& office);
@@ -169,6 +170,8 @@ private:
     static platform::Awaitable<void> resumeSavedSession(std::weak_ptr<AppStore> weak);
     void resumeWithToken(const std::optional<std::string>& token);
     void startSession(const records::Url& baseURL, const std::string& token);
+    void dropSocket();
+    void dropClient();
     void startSocket();
     void installUnauthorizedHandler();
     void installCrashSender();
@@ -180,7 +183,8 @@ private:
     void revalidateState();
     void resetToUnpaired();
     void handleRevoked();
-    void handlePowerOff();
+
+    // app_store_defaults.cpp
     void applyDesktopDefaults();
     static platform::Awaitable<void> registerAtFirstLaunch(std::weak_ptr<AppStore> weak);
     enum class LoginItemVerdict : std::uint8_t { settled, open };
@@ -195,6 +199,9 @@ private:
     platform::Awaitable<void> drainPendingNotificationActions();
 
     // app_store_station.cpp
+    void apply(const server::server_message::SessionStarted& message);
+    void apply(const server::server_message::SessionEnded& message);
+    void handlePowerOff();
     void reconcileFlexibleRoomSession();
     void clearFlexibleRoomSession();
     void adoptSignedInMember(const std::string& memberId);

@@ -131,7 +131,7 @@ void AppStore::setSignals(std::vector<records::Signal> list) {
     changeSignals([&list](std::vector<records::Signal>& signals) { signals = std::move(list); });
 }
 
-/// The only writer of `signals`. Notes go to the history on both sides of the change, so that a note which has just
+/// Notes go to the history on both sides of the change, so that a note which has just
 /// left the store can still be taken out of a report of a crash a moment ago.
 void AppStore::changeSignals(const std::function<void(std::vector<records::Signal>&)>& change) {
     collaborators_.notes.addNotesToHistory(notesOfActiveSignals(state_.signals), note_key::activeQueueNotes);

@@ -130,7 +130,8 @@ platform::Awaitable<void> AppStore::runSetupQr(std::weak_ptr<AppStore> weak, pla
             }
             const auto pollClient = self->makeClient(self->ports_.defaultServerURL, std::nullopt);
             self.reset();
-            const auto poll = co_await pollClient->pollPairing(*code->claimToken);
+            std::string claimToken = *code->claimToken;
+            const auto poll = co_await pollClient->pollPairing(std::move(claimToken));
             if (token.isCancelled() || !(self = weak.lock())) {
                 co_return;
             }

@@ -15,10 +15,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto revalidationInterval = 10s;
-constexpr auto powerOffSignOutLimit = 2s;
-constexpr auto loginItemCheckInterval = 100ms;
-constexpr int loginItemChecks = 20;
-constexpr auto loginItemSecondRound = 250ms;
 
 constexpr std::string_view revokedNotice = "This computer is no longer linked. Scan the code to set it up again.";
 
@@ -29,10 +25,11 @@ records::DeviceRole roleFromStored(std::string_view word) {
 /// A server's root must name a host over HTTP; a relative reference parses as well, but nothing can be asked of it.
 std::optional<records::Url> usableServerURL(std::string_view text) {
     auto url = records::Url::parse(records::trimmed(text));
-    if (!url || (url->scheme() != "https" && url->scheme() != "http") || url->host().empty()) {
+    if (!url || url->host().empty()) {
         return std::nullopt;
     }
-    return url;
+    const std::string scheme = records::lowercased(url->scheme());
+    return scheme == "https" || scheme == "http" ? url : std::nullopt;
 }
 
 }  // namespace
@@ -46,7 +43,8 @@ platform::Awaitable<void> AppStore::resumeSavedSession(std::weak_ptr<AppStore> w
     } else {
         co_return;
     }
-    const std::optional<std::string> token = co_await keyStore->read(deviceTokenItem());
+    platform::KeyStoreItem item = deviceTokenItem();
+    const std::optional<std::string> token = co_await keyStore->read(std::move(item));
     // A pairing made by hand while the key store was being read stands, and one that has ended since does not return.
     if (const auto self = weak.lock(); self && !self->state_.isPaired && self->publicationGeneration_ == generation) {
         self->resumeWithToken(token);
@@ -69,13 +67,8 @@ void AppStore::resumeWithToken(const std::optional<std::string>& token) {
 }
 
 void AppStore::startSession(const records::Url& baseURL, const std::string& token) {
-    if (socket_) {
-        socket_->stop();
-        socket_.reset();
-    }
-    if (apiClient_) {
-        apiClient_->setOnDeviceTokenRevoked({});
-    }
+    dropSocket();
+    dropClient();
     collaborators_.crash.clearSender();
 
     sessionBaseURL_ = baseURL;
@@ -93,6 +86,21 @@ void AppStore::startSession(const records::Url& baseURL, const std::string& toke
     });
     fetchState();
     startSocket();
+}
+
+void AppStore::dropSocket() {
+    if (socket_) {
+        socket_->stop();
+        socket_.reset();
+    }
+}
+
+/// Requests under way keep the client until they end; what it says of the token then is nobody's concern.
+void AppStore::dropClient() {
+    if (apiClient_) {
+        apiClient_->setOnDeviceTokenRevoked({});
+        apiClient_.reset();
+    }
 }
 
 void AppStore::startSocket() {
@@ -137,15 +145,15 @@ void AppStore::installUnauthorizedHandler() {
 
 void AppStore::installCrashSender() {
     collaborators_.crash.setSender(sessionBaseURL_->text(),
-                                   [weak = weak_from_this(), guard = captureGuard()](std::vector<std::string> reports) {
-                                       return sendReports(weak, guard, std::move(reports));
+                                   [weak = weak_from_this(), weakClient = std::weak_ptr(apiClient_),
+                                    generation = publicationGeneration_](std::vector<std::string> reports) {
+                                       return sendReports(weak, {generation, weakClient.lock()}, std::move(reports));
                                    });
 }
 
 platform::Awaitable<std::expected<std::int64_t, server::APIError>> AppStore::sendReports(
     std::weak_ptr<AppStore> weak, ReplyGuard guard, std::vector<std::string> reports) {
-    const auto self = weak.lock();
-    if (!self || !self->holds(guard)) {
+    if (const auto self = weak.lock(); !self || !self->holds(guard)) {
         co_return std::unexpected(
             server::api_error::Transport{platform::TransportError{platform::TransportCause::cancelled}});
     }
@@ -158,10 +166,7 @@ void AppStore::restartRealtime(Refetch refetch) {
     }
     installUnauthorizedHandler();
     installCrashSender();
-    if (socket_) {
-        socket_->stop();
-        socket_.reset();
-    }
+    dropSocket();
     startSocket();
     if (refetch == Refetch::yes) {
         fetchState();
@@ -214,14 +219,8 @@ platform::Awaitable<void> AppStore::unlinkComputer() {
 /// The one local end of a pairing; makes no request.
 void AppStore::resetToUnpaired() {
     ++publicationGeneration_.current;  // First: every reply under way is void from here on.
-    if (socket_) {
-        socket_->stop();
-        socket_.reset();
-    }
-    if (apiClient_) {
-        apiClient_->setOnDeviceTokenRevoked({});
-        apiClient_.reset();
-    }
+    dropSocket();
+    dropClient();
     sessionBaseURL_.reset();
     sessionToken_.reset();
     collaborators_.crash.clearSender();
@@ -258,80 +257,6 @@ void AppStore::handleRevoked() {
     resetToUnpaired();
     // After the reset, which begins a new setup and so clears the notice.
     assign(StoreField::setupQrNotice, state_.setupQrNotice, ports_.strings.localized(revokedNotice));
-}
-
-void AppStore::handlePowerOff() {
-    clearSignInScope();
-    clearFlexibleRoomSession();
-    if (!state_.device || state_.device->memberId || !state_.device->signedInMemberId || !apiClient_) {
-        return;
-    }
-    // The computer may go down as soon as this returns, so the request is waited for, within bounds.
-    ports_.background.runAndWait(
-        [client = apiClient_]() -> platform::Awaitable<void> { co_await client->signOutDevice(); },
-        powerOffSignOutLimit);
-    clearSignedInMember();
-    refreshDerivedState();
-}
-
-/// Once for an installation: the window opens at start and the program starts at login, unless the person has decided.
-void AppStore::applyDesktopDefaults() {
-    if (ports_.defaults.boolean(settings_key::didApplyDesktopDefaults).value_or(false)) {
-        return;
-    }
-    if (!ports_.defaults.hasValue(settings_key::openAsWindow)) {
-        state_.settings.openAsWindow = true;
-        ports_.defaults.setBoolean(settings_key::openAsWindow, true);
-        markChanged(StoreField::settings);
-    }
-    if (ports_.defaults.hasValue(settings_key::launchAtLogin)) {
-        ports_.defaults.setBoolean(settings_key::didApplyDesktopDefaults, true);
-        return;
-    }
-    platform::startTask(ports_.main, [weak = weak_from_this()] { return registerAtFirstLaunch(weak); });
-}
-
-platform::Awaitable<void> AppStore::registerAtFirstLaunch(std::weak_ptr<AppStore> weak) {
-    for (int round = 0; round < 2; ++round) {
-        for (int check = 0; check <= loginItemChecks; ++check) {
-            platform::Clock* clock = nullptr;
-            if (const auto self = weak.lock()) {
-                if (check == 0) {
-                    // A failure shows in the status.
-                    static_cast<void>(self->ports_.loginItem.registerItem(platform::RegistrationIntent::firstLaunch));
-                }
-                if (self->checkLoginItem() == LoginItemVerdict::settled) {
-                    co_return;
-                }
-                clock = &self->ports_.clock;
-            } else {
-                co_return;
-            }
-            const bool isLastOfRound = check == loginItemChecks;
-            if (!isLastOfRound) {
-                co_await platform::sleepFor(*clock, loginItemCheckInterval);
-            } else if (round == 0) {
-                co_await platform::sleepFor(*clock, loginItemSecondRound);
-            }
-        }
-    }
-    // The mark stays unset, so that the next launch tries again.
-}
-
-AppStore::LoginItemVerdict AppStore::checkLoginItem() {
-    if (ports_.defaults.hasValue(settings_key::launchAtLogin)) {
-        ports_.defaults.setBoolean(settings_key::didApplyDesktopDefaults, true);
-        return LoginItemVerdict::settled;  // The person has decided meanwhile.
-    }
-    if (ports_.loginItem.status() != platform::LoginItemStatus::enabled) {
-        return LoginItemVerdict::open;
-    }
-    state_.settings.launchAtLogin = true;
-    ports_.defaults.setBoolean(settings_key::launchAtLogin, true);
-    markChanged(StoreField::settings);
-    ports_.defaults.setBoolean(settings_key::didApplyDesktopDefaults, true);
-    ports_.notificationCenter.post(launchAtLoginStatusDidChange);
-    return LoginItemVerdict::settled;
 }
 
 }  // namespace zelkovanta::store

@@ -130,13 +130,16 @@ platform::Awaitable<void> AppStore::drainPendingNotificationActions() {
         co_return;
     }
     notificationActionInFlight_ = true;
-    while (!pendingNotificationActions_.empty()) {
+    // A reset or a move under way puts the rest off to the next snapshot.
+    while (state_.hasAuthenticatedSnapshot && !pendingNotificationActions_.empty()) {
         const DesktopSignalNotificationAction action = std::move(pendingNotificationActions_.front());
         pendingNotificationActions_.pop_front();
         const records::Member* member = activeMember(state_);
         const auto signal = std::ranges::find(state_.signals, action.signalId, &records::Signal::id);
         if (member && signal != state_.signals.end() && canApplyAction(action, *signal, *member)) {
-            co_await actOnSignal(*signal, action.action);
+            records::Signal target = *signal;
+            std::string verb = action.action;
+            co_await actOnSignal(std::move(target), std::move(verb));
         } else {
             refreshDerivedState();  // Takes a notification that is out of date away.
         }

@@ -7,6 +7,14 @@
 
 namespace zelkovanta::store {
 
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto powerOffSignOutLimit = 2s;
+
+}  // namespace
+
 void AppStore::reconcileFlexibleRoomSession() {
     FlexibleRoomSession session = reconciledFlexibleRoomSession(state_);
     if (session != state_.flexibleRoomSession) {
@@ -145,6 +153,20 @@ platform::Awaitable<void> AppStore::signOutStation() {
     clearFlexibleRoomSession();
     refreshDerivedState();
     setLastError(std::nullopt);
+}
+
+void AppStore::handlePowerOff() {
+    clearSignInScope();
+    clearFlexibleRoomSession();
+    if (!state_.device || state_.device->memberId || !state_.device->signedInMemberId || !apiClient_) {
+        return;
+    }
+    // The computer may go down as soon as this returns, so the request is waited for, within bounds.
+    ports_.background.runAndWait(
+        [client = apiClient_]() -> platform::Awaitable<void> { co_await client->signOutDevice(); },
+        powerOffSignOutLimit);
+    clearSignedInMember();
+    refreshDerivedState();
 }
 
 }  // namespace zelkovanta::store
