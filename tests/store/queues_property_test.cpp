@@ -119,7 +119,8 @@ std::size_t count(const StoreState& state) {
         return me ? personalQueue(state, *me).size() : officeQueue(state).size();
     }
     const auto& session = state.flexibleRoomSession;
-    if (!me || !session.confirmedRoomId || session.signedInMemberId != state.device->signedInMemberId) {
+    const auto& signedIn = state.device ? state.device->signedInMemberId : std::nullopt;
+    if (!me || !signedIn || !session.confirmedRoomId || session.signedInMemberId != signedIn) {
         return 0;
     }
     const bool isRoomActive = std::ranges::any_of(state.rooms, [&](const records::Room& room) {
