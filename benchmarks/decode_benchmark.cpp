@@ -12,6 +12,8 @@ namespace {
 
 using namespace zelkovanta;
 
+constexpr int rounds = 40;
+
 bool measureSnapshot(std::string_view name, benchmarks::SampleSize size, benchmarks::Results& results) {
     const records::StateSnapshot sample = benchmarks::sampleSnapshot(size);
     const std::string json = benchmarks::sampleSnapshotJson(sample);
@@ -28,7 +30,7 @@ bool measureSnapshot(std::string_view name, benchmarks::SampleSize size, benchma
     });
     contest.join([&] { benchmarks::keep(benchmarks::decodeWithNlohmann(json)); });
     contest.join([&] { benchmarks::keep(benchmarks::decodeWithQt(json)); });
-    const std::vector<double> seconds = contest.run(10);
+    const std::vector<double> seconds = contest.run(rounds);
     const auto rate = [&](std::size_t index) { return static_cast<double>(json.size()) / 1e6 / seconds[index]; };
     results.add(name, rate(0), "MB/s", "copy", rate(1));
     results.add(name, rate(0), "MB/s", "nlohmann", rate(2));
@@ -45,7 +47,7 @@ bool measureFrame(benchmarks::Results& results) {
     }
     benchmarks::Contest contest;
     contest.join([&] { benchmarks::keep(server::decodeServerMessage(frame)); });
-    results.add("decode.frame", contest.run(10).front() * 1e6, "µs");
+    results.add("decode.frame", contest.run(rounds).front() * 1e6, "µs");
     return true;
 }
 

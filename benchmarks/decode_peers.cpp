@@ -58,9 +58,10 @@ bool decode(const Json& json, std::int64_t& value) {
 bool decode(const Json& json, records::Url& value) {
     const auto* text = json.get_ptr<const std::string*>();
     auto url = text != nullptr ? records::Url::parse(*text) : std::nullopt;
-    if (url)
-        value = *std::move(url);
-    return url.has_value();
+    if (!url)
+        return false;
+    value = *std::move(url);
+    return true;
 }
 
 template <class Value>
@@ -133,9 +134,10 @@ bool decode(const QJsonValue& json, std::int64_t& value) {
 
 bool decode(const QJsonValue& json, records::Url& value) {
     auto url = json.isString() ? records::Url::parse(json.toString().toStdString()) : std::nullopt;
-    if (url)
-        value = *std::move(url);
-    return url.has_value();
+    if (!url)
+        return false;
+    value = *std::move(url);
+    return true;
 }
 
 template <class Value>
