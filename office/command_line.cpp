@@ -323,7 +323,7 @@ std::expected<Command, std::string> parseControl(const Shape& shape, Reader read
         // "release" or "none" stands before the options, and reads well.
         const bool none = positional == std::vector<std::string>{"none"};
         if (positional != std::vector<std::string>{"release"} && !none) {
-            return Fault("announce takes \"release\" with its options, or \"none\".");
+            return Fault(R"(announce takes "release" with its options, or "none".)");
         }
         if (none == !fields.json.empty()) {
             return Fault(none ? "announce none takes no options." : "announce release needs its options.");

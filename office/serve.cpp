@@ -25,7 +25,7 @@ std::expected<std::string, std::string> adminToken(const std::filesystem::path& 
             return token;
         }
     }
-    const std::string token = newToken(random, "zva_");
+    std::string token = newToken(random, "zva_");
     if (const auto written = writePrivateFile(file, token + "\n"); !written) {
         return std::unexpected(written.error());
     }

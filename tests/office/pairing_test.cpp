@@ -4,7 +4,6 @@ namespace zelkovanta::office {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 

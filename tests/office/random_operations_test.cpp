@@ -71,8 +71,8 @@ private:
 /// The order of signals means nothing.
 json::value inOrder(json::value state) {
     json::array& signals = state.at("signals").get_array();
-    std::sort(signals.begin(), signals.end(),
-              [](const json::value& left, const json::value& right) { return at(left, "id") < at(right, "id"); });
+    std::ranges::sort(
+        signals, [](const json::value& left, const json::value& right) { return at(left, "id") < at(right, "id"); });
     return state;
 }
 

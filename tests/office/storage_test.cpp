@@ -106,7 +106,8 @@ using Places = testing::Types<InMemory, OnDisk>;
 class PlaceNames {
 public:
     template <class T>
-    static std::string GetName(int) {
+    // GoogleTest asks for this name.
+    static std::string GetName(int) {  // NOLINT(readability-identifier-naming)
         return std::is_same_v<T, InMemory> ? "inMemory" : "onDisk";
     }
 };

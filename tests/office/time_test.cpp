@@ -5,7 +5,6 @@ namespace zelkovanta::office {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
