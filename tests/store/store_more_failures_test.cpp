@@ -206,7 +206,6 @@ TEST_F(StoreMoreFailuresTest, aReplyFromAnotherOfficeMovesTheComputerWithoutASec
         Exchange* const oldAction = other.openRequest("PATCH", "/signals/s");
         other.deliver("session.ended", "{}");
         ASSERT_EQ(other.requestCount("GET", "/state"), 2U);
-        const CrashSession::Sender oldSender = other.crash.sender;
         other.answerWith("GET", "/state", makeSnapshot([](StateSnapshot& snapshot) {
                              snapshot.office = makeOffice("office-2");
                              snapshot.signals = {makeSignal("s")};

@@ -1,6 +1,8 @@
 #include "server/server_message.h"
 #include "tests/store/pairing_test.h"
 
+#include <boost/asio/post.hpp>
+
 namespace zelkovanta::store {
 namespace {
 
@@ -189,11 +191,19 @@ TEST_F(StoreTwoSessionsTest, theStoppedOfTheFirstSocketIsDropped) {
     SocketTask& old = socket();
     old.outliveCancellation();  // The old socket lives long enough to say it.
     showCode();
-    // The request for the state goes out after the old socket has said that it stopped and before the new one says
-    // that it connects.
+    // The sender is let go of right after the old socket was told to stop, so that two turns later the main thread
+    // stands between the old socket's "stopped" and the new one's "connecting".
     std::vector<ConnectionState> seen;
-    urlLoading.setResponder([&](Exchange&) { seen.push_back(state().connectionState); });
-    answerWith("GET", pollPath, makeApproved());
+    std::shared_ptr<void> whenLetGo(nullptr, [&](void*) {
+        boost::asio::post(main.executor(), [&] {
+            boost::asio::post(main.executor(), [&] { seen.push_back(state().connectionState); });
+        });
+    });
+    crash.sender = [held = std::move(whenLetGo)](
+                       std::vector<std::string>) -> platform::Awaitable<std::expected<std::int64_t, server::APIError>> {
+        co_return 0;
+    };
+    approveScan();
     EXPECT_THAT(seen, ElementsAre(ConnectionState::connected));
     EXPECT_EQ(state().connectionState, ConnectionState::connecting);
 }
