@@ -116,6 +116,7 @@ private:
 
     void shutdownAnnounced(const QDBusMessage& signal) {
         const bool isBeginning = !signal.arguments().isEmpty() && signal.arguments().constFirst().toBool();
+        isShuttingDown_ = isBeginning;
         if (isBeginning) {
             run();
             lock_ = {};
@@ -133,7 +134,8 @@ private:
         auto* const watcher = new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(call), &receiver_);
         QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &receiver_, [this, watcher] {
             const auto arguments = watcher->reply().arguments();
-            if (!watcher->isError() && !arguments.isEmpty()) {
+            // A lock that was granted while the shutdown was announced would hold it up for nothing.
+            if (!watcher->isError() && !arguments.isEmpty() && !isShuttingDown_) {
                 lock_ = qvariant_cast<QDBusUnixFileDescriptor>(arguments.constFirst());
             }
             watcher->deleteLater();
@@ -147,6 +149,7 @@ private:
     QDBusUnixFileDescriptor lock_;
     std::list<std::weak_ptr<std::function<void()>>> handlers_;
     bool hasRun_ = false;
+    bool isShuttingDown_ = false;
     bool isEnded_ = false;
     std::optional<DBusSignal> announced_;
     std::optional<QDBusServiceWatcher> loginServiceAppears_;
@@ -159,6 +162,10 @@ PowerOff::PowerOff(asio::io_context& network, Executor mainThread, std::function
 }
 
 PowerOff::~PowerOff() {
+    stop();
+}
+
+void PowerOff::stop() {
     state_->end();
 }
 

@@ -1,0 +1,100 @@
+#include "platform/linux/linux_host.h"
+
+#include "platform/task.h"
+#include "tests/platform/linux/qt_loop.h"
+#include "tests/platform/linux/scripted_server.h"
+#include "tests/platform/linux/scripted_web_socket.h"
+#include "tests/platform/linux/temporary_folder.h"
+
+#include <chrono>
+#include <optional>
+
+#include <QCoreApplication>
+#include <gtest/gtest.h>
+
+namespace zelkovanta::platform::linux_host {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// The whole host, on a bus without services and without a bus.
+struct LinuxHostTest : testing::Test {
+    int count = 0;
+    QCoreApplication application{count, nullptr};
+    TemporaryFolder folder;
+    LinuxHost::Settings settings{
+        .profile = Profile{"test"},
+        .roots = {.config = folder.path() / "config", .data = folder.path() / "data", .state = folder.path() / "state"},
+        .resources = folder.path(),
+        .program = programFile(),
+        .environment = [](const std::string&) { return std::nullopt; }};
+    std::optional<LinuxHost> host{std::in_place, settings};
+};
+
+TEST_F(LinuxHostTest, everyPortIsThereUnderTheNamesOfItsProfile) {
+    EXPECT_EQ(host->tokenItem(), (KeyStoreItem{.service = "com.zelkovanta.macos.test", .account = "deviceToken"}));
+    EXPECT_TRUE(host->loginItem().registerItem(RegistrationIntent::personsWish).has_value());
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "config/autostart/com.zelkovanta.Desktop.test.desktop"));
+    host->defaults().setBoolean("openAsWindow", true);
+    host->shutDown();
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "config/zelkovanta/settings.ini"));
+    EXPECT_EQ(host->info().localeIdentifier(), "en-US");
+    EXPECT_EQ(host->information().text("missing"), std::nullopt);
+}
+
+TEST_F(LinuxHostTest, aMissingKeyStoreIsNoTokenWithoutDelay) {
+    const auto start = std::chrono::steady_clock::now();
+    bool isDone = false;
+    startTask(host->background().executor(), [&]() -> Awaitable<void> {
+        auto token = co_await host->keyStore().read(host->tokenItem());
+        EXPECT_EQ(token, std::nullopt);
+        isDone = true;
+    });
+    host->keyStore().write(host->tokenItem(), "lost");
+    EXPECT_TRUE(runUntil([&] { return isDone; }));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+}
+
+TEST_F(LinuxHostTest, itEndsQuicklyWithEverythingUnderWay) {
+    ScriptedServer silent([](ScriptedConnection& connection) { connection.waitForClose(); });
+    ScriptedServer sockets([](ScriptedConnection& connection) {
+        acceptUpgrade(connection);
+        connection.waitForClose();
+    });
+    auto session = host->urlLoading().makeSession({});
+    const Executor queue = host->background().makeSerialQueue();
+    auto webSocketSession = host->webSockets().makeSession(queue);
+    const auto witness = std::make_shared<int>();
+    for (int i = 0; i < 10; ++i) {
+        startTask(host->mainThread().executor(), [&, witness]() -> Awaitable<void> {
+            const auto kept = witness;
+            const HttpRequest request{.method = "GET", .url = "http://" + silent.address()};
+            co_await session->perform(request);
+        });
+        startTask(queue, [&, witness]() -> Awaitable<void> {
+            const auto kept = witness;
+            const auto task = webSocketSession->makeTask({.url = "ws://" + sockets.address()});
+            task->resume();
+            co_await task->receive();
+        });
+        startTask(host->mainThread().executor(), [&, witness]() -> Awaitable<void> {
+            const auto kept = witness;
+            co_await sleepFor(host->clock(), 1h);
+        });
+        startTask(host->background().executor(), [&, witness]() -> Awaitable<void> {
+            const auto kept = witness;
+            co_await sleepFor(host->clock(), 1h);
+        });
+    }
+    EXPECT_TRUE(runUntil([&] { return silent.connections() == 10 && sockets.connections() == 10; }));
+    const auto start = std::chrono::steady_clock::now();
+    host->shutDown();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+    webSocketSession.reset();
+    session.reset();
+    host.reset();
+    EXPECT_EQ(witness.use_count(), 1) << "a task is still there";
+}
+
+}  // namespace
+}  // namespace zelkovanta::platform::linux_host
