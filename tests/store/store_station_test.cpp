@@ -347,6 +347,23 @@ TEST_F(StoreStationTest, aLostScopeIsDroppedWithinTheSnapshotInTheToldOrder) {
     EXPECT_TRUE(state().hasAuthenticatedSnapshot);
 }
 
+/// A room's computer needs no sign-in, so that only the snapshot's not counting yet keeps the notes back.
+TEST_F(StoreStationTest, aLostScopeIsDroppedBeforeTheSnapshotCounts) {
+    storeScope(hostInfo.boot - 100, "a1");
+    launchPaired("room");
+    journal.take();
+    StateSnapshot snapshot = snapshotWithSignIn("member-1");
+    snapshot.signals = {support::makeSignalWithNote("note", "s")};
+    answerWith("GET", "/state", snapshot);
+    EXPECT_THAT(takeLinesOf("not"), ElementsAre("notes.history active-queue-notes []",      //
+                                                "notes.history active-queue-notes [note]",  //
+                                                "notes.retire active-queue-notes",          //
+                                                "notifications.reconcile nobody []",        //
+                                                "notes.history active-queue-notes [note]",  //
+                                                "notes.set active-queue-notes [note]",      //
+                                                "notifications.reconcile nobody []"));
+}
+
 TEST_F(StoreStationTest, aBurstOfSnapshotsMakesOneSignOutWhileItIsUnderWay) {
     launchPaired("shared");
     for (int count = 0; count < 10; ++count) {
