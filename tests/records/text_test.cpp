@@ -2,8 +2,8 @@
 
 #include "tests/records/record_generators.h"
 
-#include <rapidcheck.h>
 #include <algorithm>
+#include <rapidcheck.h>
 #include <string>
 #include <vector>
 
