@@ -122,20 +122,32 @@ class Stage:
                                                "--components=secrets"], self.environment, stdin=password)
         self.processes.until("the key store begins", lambda: self.bus_has("org.freedesktop.secrets"))
 
-    def start_display(self):
-        """A display that nobody sees, with a window manager, and what a screen reader asks."""
+    def _start_screen(self, size, *options):
+        """A display that nobody sees."""
         reading, writing = os.pipe()
-        self.processes.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24",
-                                         "-nolisten", "tcp"], self.environment, pass_fds=(writing,))
+        self.processes.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{size}x24",
+                                         "-nolisten", "tcp", *options], self.environment, pass_fds=(writing,))
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()
         if not number:
             raise DemoError("The virtual display (Xvfb) did not begin: " +
                             self.processes.log_of("display").strip().replace("\n", " "))
-        self.environment.update(DISPLAY=f":{number}", QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        self.environment.update(DISPLAY=f":{number}", QT_QPA_PLATFORM="xcb")
         for name in ("WAYLAND_DISPLAY", "XAUTHORITY"):
             self.environment.pop(name, None)
+
+    def start_screen_in_file(self, width, height):
+        """A display without anything around the windows, whose pixels lie in a file of the folder that is given."""
+        folder = os.path.join(self.short, "screen")
+        os.mkdir(folder)
+        self._start_screen(f"{width}x{height}", "-fbdir", folder)
+        return folder
+
+    def start_display(self):
+        """A display with a window manager, and what a screen reader asks."""
+        self._start_screen("1280x800")
+        self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
         self.processes.start("window-manager", ["openbox", "--sm-disable"], self.environment)
         self.processes.start("accessibility", ["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"],
                              self.environment)
