@@ -36,13 +36,13 @@ LinuxHost::LinuxHost(const Settings& settings)
       info_(sourcesWith(settings.environment)),
       urlLoading_(network_, TransportSettings::from(settings.environment, info_.localeIdentifier())),
       webSockets_(TransportSettings::from(settings.environment, info_.localeIdentifier())),
-      keyStore_(mainThread_.executor()),
+      keyStore_(mainThread_.executor(), network_.workers()),
       defaults_(settings.roots.config / "zelkovanta" / "settings.ini", network_.makeWorkerQueue()),
       information_(settings.resources),
       loginItem_(
           settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
           settings.program),
-      powerOff_(network_.context(), mainThread_.executor(), [] { QCoreApplication::quit(); }),
+      powerOff_(network_.context(), network_.workers(), mainThread_.executor(), [] { QCoreApplication::quit(); }),
       tokenItem_{.service = settings.profile.applyTo("com.zelkovanta.macos"), .account = "deviceToken"} {}
 
 LinuxHost::~LinuxHost() {

@@ -42,8 +42,11 @@ private:
 
 class PowerOff::State : public std::enable_shared_from_this<State> {
 public:
-    State(asio::io_context& network, Executor mainThread, std::function<void()> quit)
-        : mainThread_(std::move(mainThread)), quit_(std::move(quit)), signals_(network, SIGTERM) {}
+    State(asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit)
+        : workers_(std::move(workers)),
+          mainThread_(std::move(mainThread)),
+          quit_(std::move(quit)),
+          signals_(network, SIGTERM) {}
 
     void begin() {
         waitForSignal();
@@ -51,10 +54,18 @@ public:
             QObject::connect(
                 application, &QGuiApplication::commitDataRequest, &receiver_, [this] { run(); }, Qt::DirectConnection);
         }
-        const auto bus = QDBusConnection::systemBus();
-        if (!bus.isConnected()) {
+        asio::post(workers_, [self = shared_from_this()] {
+            if (QDBusConnection::systemBus().isConnected()) {
+                asio::post(self->mainThread_, [self] { self->follow(); });
+            }
+        });
+    }
+
+    void follow() {
+        if (isEnded_) {
             return;
         }
+        const auto bus = QDBusConnection::systemBus();
         // Subscribed before the lock is taken: a shutdown in between would be held up by somebody who never heard of
         // it.
         announced_.emplace(bus, loginService, loginPath, loginInterface, QStringLiteral("PrepareForShutdown"),
@@ -142,6 +153,7 @@ private:
         });
     }
 
+    Executor workers_;
     Executor mainThread_;
     std::function<void()> quit_;
     asio::signal_set signals_;
@@ -156,8 +168,8 @@ private:
     QObject receiver_;
 };
 
-PowerOff::PowerOff(asio::io_context& network, Executor mainThread, std::function<void()> quit)
-    : state_(std::make_shared<State>(network, std::move(mainThread), std::move(quit))) {
+PowerOff::PowerOff(asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit)
+    : state_(std::make_shared<State>(network, std::move(workers), std::move(mainThread), std::move(quit))) {
     state_->begin();
 }
 

@@ -19,8 +19,9 @@ namespace zelkovanta::platform::linux_host {
 /// Without a system bus or a login service there is still SIGTERM. Main thread; nothing here waits.
 class PowerOff final : public PowerOffNotifications {
 public:
-    /// `quit` is called on the main thread after SIGTERM's handlers ran.
-    PowerOff(boost::asio::io_context& network, Executor mainThread, std::function<void()> quit);
+    /// `quit` is called on the main thread after SIGTERM's handlers ran. Connecting to the bus may wait, so it happens
+    /// on `workers`.
+    PowerOff(boost::asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit);
     ~PowerOff() override;
     PowerOff(const PowerOff&) = delete;
     PowerOff& operator=(const PowerOff&) = delete;

@@ -25,8 +25,8 @@ public:
     /// Done on the main thread; `service` is null without a bus.
     using Operation = std::move_only_function<Awaitable<void>(SecretService* service)>;
 
-    Queue(Executor mainThread, std::chrono::milliseconds callLimit)
-        : mainThread_(std::move(mainThread)), callLimit_(callLimit) {}
+    Queue(Executor mainThread, Executor workers, std::chrono::milliseconds callLimit)
+        : mainThread_(std::move(mainThread)), workers_(std::move(workers)), callLimit_(callLimit) {}
 
     enum class Kind : std::uint8_t { read, change };
 
@@ -68,14 +68,22 @@ public:
 private:
     Awaitable<void> run(std::shared_ptr<Queue> self) {
         while (auto operation = self->next()) {
-            const auto bus = QDBusConnection::sessionBus();
-            if (!bus.isConnected()) {
+            const bool hasBus = co_await self->connect();
+            if (!hasBus) {
                 co_await (*operation)(nullptr);
                 continue;
             }
-            SecretService service(bus, self->callLimit_, *self->owner_);
+            SecretService service(QDBusConnection::sessionBus(), self->callLimit_, *self->owner_);
             co_await (*operation)(&service);
         }
+    }
+
+    [[nodiscard]] Awaitable<bool> connect() const {
+        auto begin = [workers = workers_](Completion<bool> done) {
+            boost::asio::post(
+                workers, [done = std::move(done)]() mutable { done(QDBusConnection::sessionBus().isConnected()); });
+        };
+        return awaitCallback<bool>(std::move(begin));
     }
 
     std::optional<Operation> next() {
@@ -90,6 +98,7 @@ private:
     }
 
     Executor mainThread_;
+    Executor workers_;
     std::chrono::milliseconds callLimit_;
     /// Owns the calls under way.
     std::unique_ptr<QObject> owner_ = std::make_unique<QObject>();
@@ -100,8 +109,8 @@ private:
     bool isEnded_ = false;
 };
 
-SecretServiceKeyStore::SecretServiceKeyStore(Executor mainThread, std::chrono::milliseconds callLimit)
-    : queue_(std::make_shared<Queue>(std::move(mainThread), callLimit)) {}
+SecretServiceKeyStore::SecretServiceKeyStore(Executor mainThread, Executor workers, std::chrono::milliseconds callLimit)
+    : queue_(std::make_shared<Queue>(std::move(mainThread), std::move(workers), callLimit)) {}
 
 SecretServiceKeyStore::~SecretServiceKeyStore() {
     queue_->end();

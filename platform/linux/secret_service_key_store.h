@@ -15,8 +15,10 @@ namespace zelkovanta::platform::linux_host {
 /// the main thread without ever waiting on it, so they need its event loop.
 class SecretServiceKeyStore final : public KeyStore {
 public:
-    /// `callLimit` is how long the service may take for one answer; a person at a prompt may take any time.
-    explicit SecretServiceKeyStore(Executor mainThread, std::chrono::milliseconds callLimit = std::chrono::seconds{30});
+    /// Connecting to the bus may wait, so it happens on `workers`. `callLimit` is how long the service may take for one
+    /// answer; a person at a prompt may take any time.
+    SecretServiceKeyStore(Executor mainThread, Executor workers,
+                          std::chrono::milliseconds callLimit = std::chrono::seconds{30});
     /// On the main thread. Operations still waiting are given up.
     ~SecretServiceKeyStore() override;
     SecretServiceKeyStore(const SecretServiceKeyStore&) = delete;

@@ -35,7 +35,7 @@ struct PowerOffTest : testing::Test {
     std::unique_ptr<PowerOffNotifications::Observer> observer;
 
     void begin() {
-        powerOff.emplace(network.context(), mainThread.executor(), [this] { ++quits; });
+        powerOff.emplace(network.context(), network.workers(), mainThread.executor(), [this] { ++quits; });
         observer = powerOff->observe([this] { ++handled; });
     }
     ~PowerOffTest() override {

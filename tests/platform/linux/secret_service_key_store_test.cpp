@@ -1,5 +1,6 @@
 #include "platform/linux/secret_service_key_store.h"
 
+#include "platform/linux/network_thread.h"
 #include "platform/linux/qt_main_thread.h"
 #include "platform/linux/secret_cipher.h"
 #include "platform/task.h"
@@ -34,7 +35,8 @@ struct SecretServiceKeyStoreTest : testing::Test {
     int count = 0;
     QCoreApplication application{count, nullptr};
     QtMainThread mainThread;
-    std::optional<SecretServiceKeyStore> store{std::in_place, mainThread.executor(), 10s};
+    NetworkThread workers;
+    std::optional<SecretServiceKeyStore> store{std::in_place, mainThread.executor(), workers.workers(), 10s};
 
     struct Reading {
         bool isDone = false;
@@ -122,7 +124,7 @@ TEST_F(GnomeKeyringTest, whatWasWrittenLastIsKeptWhenTheProgramEnds) {
     store->finishChanges(10s);
     store.reset();
     EXPECT_EQ(lookUp(token), "kept");
-    store.emplace(mainThread.executor());
+    store.emplace(mainThread.executor(), workers.workers());
     store->remove(token);
     store->finishChanges(10s);
     EXPECT_EQ(lookUp(token), "");
@@ -156,7 +158,7 @@ TEST_F(SecretServiceKeyStoreTest, withoutAServiceThereIsNoTokenAndAWriteIsIgnore
 
 TEST_F(SecretServiceKeyStoreTest, aServiceThatNeverAnswersIsGivenUpWhileTheLoopGoesOn) {
     const FakeSecretService fake(FakeSecretService::Behaviour::isSilent);
-    store.emplace(mainThread.executor(), 200ms);
+    store.emplace(mainThread.executor(), workers.workers(), 200ms);
     int turns = 0;
     QTimer beat;
     QObject::connect(&beat, &QTimer::timeout, [&] { ++turns; });
@@ -180,7 +182,7 @@ TEST_F(SecretServiceKeyStoreTest, aLockedServiceIsWaitedForUntilItIsUnlocked) {
     fake.isLocked = true;
     fake.isPromptSilent = true;
     // Waiting for the person has no limit, unlike waiting for an answer of the service.
-    store.emplace(mainThread.executor(), 100ms);
+    store.emplace(mainThread.executor(), workers.workers(), 100ms);
     const auto reading = beginRead(token);
     EXPECT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
     EXPECT_FALSE(runUntil([&] { return reading->isDone; }, 300ms));
