@@ -187,7 +187,7 @@ void measureSort(const records::StateSnapshot& snapshot, benchmarks::Results& re
         });
         benchmarks::keep(sorted);
     });
-    const std::vector<double> seconds = contest.run(10);
+    const std::vector<double> seconds = contest.run();
     results.add("queue.sort.5000", seconds[0] * 1e6, "µs", "stable_sort", seconds[1] * 1e6);
 }
 
@@ -205,7 +205,7 @@ void measureScaling(benchmarks::Results& results) {
             const auto portion = signals.subspan(turn++ % (all / count) * count, count);
             benchmarks::keep(store::sortedActiveSignals(snapshot.signalTypes, portion));
         });
-        microseconds.push_back(contest.run(10).front() * 1e6);
+        microseconds.push_back(contest.run().front() * 1e6);
     }
     results.add("queue.scaling", microseconds, "µs");
 }
