@@ -134,17 +134,19 @@ void Exchange::handBack() {
     Network& network = port_.network_;
     const Link& link = port_.link_;
     const auto now = network.loop.now();
-    if (link.path == Link::Path::silent) {
+    if (link.path == Link::Path::silent || now > deadline_) {
         timeOut();
-    } else if (now > deadline_) {
-        reply_.result = std::unexpected(TransportError{TransportCause::timedOut});
-        finish();
-    } else if (link.path == Link::Path::down) {
-        fail(TransportCause::interrupted, 0ms);
-    } else if (link.stalledUntil > now) {
+        return;
+    }
+    if (link.path == Link::Path::open && link.stalledUntil > now) {
         after(std::min(link.stalledUntil, deadline_) - now + network.chance.between(1us, 1ms), &Exchange::handBack);
-    } else if (reply_.incarnation != network.office.incarnation() && network.chance.happens(0.5)) {
-        fail(TransportCause::interrupted, 0ms);  // The office died while it was writing.
+        return;
+    }
+    // An office that died meanwhile may have been writing still.
+    const bool isBroken = link.path == Link::Path::down ||
+                          (reply_.incarnation != network.office.incarnation() && network.chance.happens(0.5));
+    if (isBroken) {
+        fail(TransportCause::interrupted, 0ms);
     } else {
         finish();
     }
