@@ -12,7 +12,6 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
-#include <QDeadlineTimer>
 #include <QObject>
 #include <QTimer>
 #include <openssl/crypto.h>
@@ -132,11 +131,12 @@ Awaitable<std::optional<std::string>> SecretServiceKeyStore::read(KeyStoreItem i
 }
 
 void SecretServiceKeyStore::finishChanges(std::chrono::milliseconds limit) {
-    const QDeadlineTimer deadline(limit);
+    // The timer alone says when the limit is reached: it may fire a little before a clock would say so, and nothing
+    // would wake the loop again.
     QTimer wake;
     wake.setSingleShot(true);
     wake.start(limit);
-    while (queue_->hasChanges() && !deadline.hasExpired()) {
+    while (queue_->hasChanges() && wake.isActive()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 }
