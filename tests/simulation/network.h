@@ -39,7 +39,7 @@ struct Network {
     platform::simulated::EventLoop& loop;
     Trace& trace;
     FaultCounts& faults;
-    Chance chance;
+    Chance chance{0};
     SimulatedOffice& office;
 
     [[nodiscard]] platform::Duration latency(const Link& link) {

@@ -73,7 +73,7 @@ public:
             return false;
         }
         ++sequence_;
-        return carryOut(what, call(*office_, surroundings_.loop.wallNow()));
+        return carryOut(what, std::forward<Call>(call)(*office_, surroundings_.loop.wallNow()));
     }
     /// The answer to the last order or request.
     [[nodiscard]] const std::string& lastBody() const { return lastBody_; }
