@@ -77,7 +77,11 @@ class Measurement:
     def first_frame(self, start):
         begun = time.monotonic()
         process = start()
-        shown = self.screen.until("the first frame", self.is_drawn)
+        try:
+            shown = self.screen.until("the first frame", self.is_drawn)
+        except DemoError as error:
+            self.processes.pause(0)  # Tells so if the program has ended.
+            raise error
         return process, begun, shown
 
     def set_up(self):
