@@ -42,8 +42,7 @@ LinuxHost::LinuxHost(const Settings& settings)
       loginItem_(
           settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
           settings.program),
-      powerOff_(network_.context(), network_.workers(), mainThread_.executor(), [] { QCoreApplication::quit(); }),
-      tokenItem_{.service = settings.profile.applyTo("com.zelkovanta.macos"), .account = "deviceToken"} {}
+      powerOff_(network_.context(), network_.workers(), mainThread_.executor(), [] { QCoreApplication::quit(); }) {}
 
 LinuxHost::~LinuxHost() {
     shutDown();

@@ -59,8 +59,6 @@ public:
     [[nodiscard]] LoginItem& loginItem() { return loginItem_; }
     [[nodiscard]] PowerOffNotifications& powerOff() { return powerOff_; }
     [[nodiscard]] HostInfo& info() { return info_; }
-    /// Where the device token is kept.
-    [[nodiscard]] const KeyStoreItem& tokenItem() const { return tokenItem_; }
 
 private:
     // What work comes back to is declared before what does the work, and so outlives it.
@@ -76,7 +74,6 @@ private:
     BundleInformation information_;
     XdgLoginItem loginItem_;
     PowerOff powerOff_;
-    KeyStoreItem tokenItem_;
     bool isShutDown_ = false;
 };
 

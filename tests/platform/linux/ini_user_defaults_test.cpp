@@ -207,5 +207,20 @@ TEST(SettingsTextTest, aCutOrFlippedFileNeverGivesAValueThatIsNotInItsLines) {
     }));
 }
 
+/// Files made of pieces that mean something, in any order, are harder to read than noise.
+TEST(SettingsTextTest, whateverTheFileHoldsWhatWasReadIsWrittenAndReadAgain) {
+    EXPECT_TRUE(rc::check([] {
+        const auto piece = rc::gen::element<std::string>("[", "]", "=", "\"", "\\", "\\x1f", "\\xg", "\n", "\r", "true",
+                                                         "false", "1e9", "-", "inf", "#", ";", "key", " ", "\t",
+                                                         std::string(1, '\0'), "\xc3", "\xff");
+        std::string text;
+        for (const auto& each : *rc::gen::container<std::vector<std::string>>(piece)) {
+            text += each;
+        }
+        const SettingValues read = parseSettings(text);
+        RC_ASSERT(parseSettings(formatSettings(read)) == read);
+    }));
+}
+
 }  // namespace
 }  // namespace zelkovanta::platform::linux_host

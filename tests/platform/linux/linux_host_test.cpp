@@ -29,10 +29,10 @@ struct LinuxHostTest : testing::Test {
         .program = programFile(),
         .environment = [](const std::string&) { return std::nullopt; }};
     std::optional<LinuxHost> host{std::in_place, settings};
+    const KeyStoreItem token{.service = "com.zelkovanta.macos.test", .account = "deviceToken"};
 };
 
 TEST_F(LinuxHostTest, everyPortIsThereUnderTheNamesOfItsProfile) {
-    EXPECT_EQ(host->tokenItem(), (KeyStoreItem{.service = "com.zelkovanta.macos.test", .account = "deviceToken"}));
     EXPECT_TRUE(host->loginItem().registerItem(RegistrationIntent::personsWish).has_value());
     EXPECT_TRUE(std::filesystem::exists(folder.path() / "config/autostart/com.zelkovanta.Desktop.test.desktop"));
     host->defaults().setBoolean("openAsWindow", true);
@@ -46,11 +46,11 @@ TEST_F(LinuxHostTest, aMissingKeyStoreIsNoTokenWithoutDelay) {
     const auto start = std::chrono::steady_clock::now();
     bool isDone = false;
     startTask(host->background().executor(), [&]() -> Awaitable<void> {
-        auto token = co_await host->keyStore().read(host->tokenItem());
-        EXPECT_EQ(token, std::nullopt);
+        const auto value = co_await host->keyStore().read(token);
+        EXPECT_EQ(value, std::nullopt);
         isDone = true;
     });
-    host->keyStore().write(host->tokenItem(), "lost");
+    host->keyStore().write(token, "lost");
     EXPECT_TRUE(runUntil([&] { return isDone; }));
     EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
 }
