@@ -106,6 +106,16 @@ class OnAComputer(unittest.TestCase):
                                capture_output=True, text=True, check=False)
         return found.stdout.split()
 
+    def close(self, window):
+        """As a person does it, with the keys of the window manager."""
+        def has_gone():
+            subprocess.run(["xdotool", "windowactivate", window, "key", "--clearmodifiers", "alt+F4"],
+                           env=self.stage.environment, check=False, timeout=10, capture_output=True)
+            self.processes.pause(0.1)
+            return not self.visible_windows()
+
+        self.processes.until("the window is gone", has_gone, interval=0.5)
+
     def assert_alive(self):
         self.assertIsNone(self.computer.poll(), self.processes.log_of("desk"))
 
@@ -125,9 +135,7 @@ class ItsWindow(OnAComputer):
     def test_closes_without_ending_the_program_and_a_second_start_shows_it_again(self):
         self.start()
         window, = self.processes.until("the window shows", self.visible_windows)
-        subprocess.run(["xdotool", "windowactivate", "--sync", window, "key", "--clearmodifiers", "alt+F4"],
-                       env=self.stage.environment, check=True, timeout=10)
-        self.processes.until("the window is gone", lambda: not self.visible_windows())
+        self.close(window)
         self.assert_alive()
         second = subprocess.run([self.stage.client_program], check=False, timeout=10,
                                 env=dict(self.stage.environment, ZELKOVANTA_PROFILE="desk"))
@@ -139,9 +147,7 @@ class ItsWindow(OnAComputer):
         self.start()
         window, = self.processes.until("the window shows", self.visible_windows)
         self.processes.until("the name is taken", lambda: self.stage.bus_has("com.zelkovanta.Desktop.desk"))
-        subprocess.run(["xdotool", "windowactivate", "--sync", window, "key", "--clearmodifiers", "alt+F4"],
-                       env=self.stage.environment, check=True, timeout=10)
-        self.processes.until("the window is gone", lambda: not self.visible_windows())
+        self.close(window)
         bus = dbus.bus.BusConnection(self.stage.environment["DBUS_SESSION_BUS_ADDRESS"])
         program = bus.get_object("com.zelkovanta.Desktop.desk", "/com/zelkovanta/Desktop/desk", introspect=False)
         program.Activate(dbus.Dictionary(signature="sv"), dbus_interface="org.freedesktop.Application")

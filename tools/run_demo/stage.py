@@ -125,8 +125,9 @@ class Stage:
     def _start_screen(self, size, *options):
         """A display that nobody sees."""
         reading, writing = os.pipe()
-        self.processes.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{size}x24",
-                                         "-nolisten", "tcp", *options], self.environment, pass_fds=(writing,))
+        # A display that begins anew whenever nobody looks would drop whoever comes at that moment.
+        self.processes.start("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{size}x24", "-nolisten",
+                                         "tcp", "-noreset", *options], self.environment, pass_fds=(writing,))
         os.close(writing)
         with os.fdopen(reading) as answer:
             number = answer.readline().strip()
