@@ -11,12 +11,10 @@ T.Button {
     implicitHeight: 34
     focusPolicy: Qt.StrongFocus
 
-    Accessible.role: Accessible.RadioButton
     Accessible.name: entries > 0 ? text + ", " + entries : text
     Accessible.checkable: true
     Accessible.checked: current
     Accessible.onPressAction: clicked()
-    Accessible.onToggleAction: clicked()
 
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()

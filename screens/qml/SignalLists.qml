@@ -41,15 +41,18 @@ ColumnLayout {
         visible: lists.page.showsSent && !lists.page.showsReceived
         text: qsTr("Sent from here")
     }
-    RowLayout {
+    // By position: a layout overlooks a list that appears while it is being laid out.
+    Item {
+        id: place
+
+        readonly property double share: lists.receivedShown && lists.sentShown ? (width - 16) / 2 : width
+
         Layout.fillWidth: true
         Layout.fillHeight: true
-        spacing: 16
 
         SignalList {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.preferredWidth: 1
+            width: place.share
+            height: place.height
             visible: lists.receivedShown
             page: lists.page
             rows: lists.page.received
@@ -58,9 +61,9 @@ ColumnLayout {
             inSight: lists.inSight
         }
         SignalList {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.preferredWidth: 1
+            x: place.width - width
+            width: place.share
+            height: place.height
             visible: lists.sentShown
             page: lists.page
             rows: lists.page.sent

@@ -56,7 +56,7 @@ TEST_F(DeskPage, aRoomComputerShowsWhatItSent) {
     EXPECT_TRUE(page.says("Room 3"));
     EXPECT_TRUE(page.says("Room computer"));
     EXPECT_TRUE(page.says("Nothing sent yet."));
-    EXPECT_FALSE(page.shows(QAccessible::RadioButton, "Received"));
+    EXPECT_FALSE(page.shows(QAccessible::Button, "Received"));
     page.computer.deliverCreated(call("call-1", "room-3", "Bring the blue folder"));
     page.settle();
     EXPECT_TRUE(page.shows(QAccessible::ListItem, "Room 3, Patient ready, Waiting"));
@@ -221,6 +221,27 @@ TEST_F(DeskPage, unlinkingTakesTwoPresses) {
     page.computer.answer("DELETE", "/devices/me", 200);
     page.settle();
     EXPECT_TRUE(page.says("Set up this computer"));
+}
+
+TEST_F(DeskPage, aWideWindowShowsBothListsSideBySide) {
+    page.computer.launchWith("member", practice([](records::StateSnapshot& snapshot) {
+                                 snapshot.device = support::makeDeviceOfMember("dr-amari");
+                                 snapshot.signals = {call("to-me"), call("by-me", "room-1")};
+                                 snapshot.signals[1].requesterId = "dr-amari";
+                             }));
+    page.open(420, 680);
+    EXPECT_EQ(page.rowItems().size(), 1U);
+    page.press("Sent");
+    ASSERT_NE(page.rowItem("by-me"), nullptr);
+    EXPECT_EQ(page.rowItem("to-me"), nullptr);
+    page.resize(1000, 640);
+    QQuickItem* const received = page.rowItem("to-me");
+    QQuickItem* const sent = page.rowItem("by-me");
+    ASSERT_NE(received, nullptr);
+    ASSERT_NE(sent, nullptr);
+    EXPECT_GT(received->width(), 400);
+    EXPECT_GT(sent->width(), 400);
+    EXPECT_GT(sent->mapToScene({}).x(), received->mapToScene({}).x() + received->width());
 }
 
 TEST_F(DeskPage, someoneOffShiftIsTold) {
