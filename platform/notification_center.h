@@ -8,7 +8,8 @@
 
 namespace zelkovanta::platform {
 
-/// Names that one part of the program posts and another hears. Main thread; observers hear a name within `post`, in the
+/// Names that one part of the program posts and another hears; the desktop's notifications are
+/// `user_notification_center.h`. Main thread; observers hear a name within `post`, in the
 /// order in which they began to observe.
 class NotificationCenter {
     struct Entry {
