@@ -52,7 +52,7 @@ public:
 class PeripheralManagers {
 public:
     virtual ~PeripheralManagers() = default;
-    /// In state `unknown`.
+    /// Its state is `unknown` until the host has told it.
     [[nodiscard]] virtual std::unique_ptr<PeripheralManager> make(
         std::weak_ptr<PeripheralManagerDelegate> delegate) = 0;
 };
