@@ -98,12 +98,6 @@ void AppStore::setLastError(std::optional<std::string> text) {
     assign(StoreField::lastError, state_.lastError, std::move(text));
 }
 
-void AppStore::fail(const ReplyGuard& guard, const server::APIError& error) {
-    if (holds(guard)) {
-        setLastError(describe(error));
-    }
-}
-
 std::string AppStore::describe(const server::APIError& error) const {
     return server::localizedDescription(error, ports_.strings);
 }

@@ -29,6 +29,7 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -142,7 +143,20 @@ private:
         markChanged(field);
     }
     void setLastError(std::optional<std::string> text);
-    void fail(const ReplyGuard& guard, const server::APIError& error);
+    /// Ends an operation that a person asked for: its failure becomes `lastError`, its success is applied and clears
+    /// it. A reply that came too late does nothing.
+    template <class Reply, class Apply>
+    void conclude(const ReplyGuard& guard, const std::expected<Reply, server::APIError>& reply, Apply&& apply) {
+        if (!holds(guard)) {
+            return;
+        }
+        if (!reply) {
+            setLastError(describe(reply.error()));
+            return;
+        }
+        std::forward<Apply>(apply)(*reply);
+        setLastError(std::nullopt);
+    }
     [[nodiscard]] ClientHandle makeClient(const records::Url& baseURL, std::optional<std::string> token) const;
 
     // app_store_events.cpp
@@ -207,7 +221,9 @@ private:
     void adoptSignedInMember(const std::string& memberId);
     void setSignInScope(const LoginScope& scope);
     void clearSignInScope();
+    void forgetSignIn();
     void clearSignedInMember();
+    void endSignIn();
     [[nodiscard]] LoginScope currentLogin() const;
     void verifyLoginScope();
 

@@ -16,7 +16,8 @@ namespace {
 
 constexpr auto revalidationInterval = 10s;
 
-constexpr std::string_view revokedNotice = "This computer is no longer linked. Scan the code to set it up again.";
+constexpr std::string_view revokedNotice =
+    platform::textKey("This computer is no longer linked. Scan the code to set it up again.");
 
 records::DeviceRole roleFromStored(std::string_view word) {
     return records::deviceRoleFromRawValue(word).value_or(records::DeviceRole::room);
@@ -230,8 +231,7 @@ void AppStore::resetToUnpaired() {
     state_.settings.beaconEnabled = false;
     ports_.defaults.setBoolean(settings_key::beaconEnabled, false);
     ports_.keyStore.remove(deviceTokenItem());
-    clearSignInScope();
-    clearFlexibleRoomSession();
+    forgetSignIn();
     state_.settings.storedRole.clear();
     ports_.defaults.setText(settings_key::deviceRole, "");
     markChanged(StoreField::settings);

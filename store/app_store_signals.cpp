@@ -65,12 +65,7 @@ platform::Awaitable<void> AppStore::sendSignal(std::string typeId, std::string n
     }
 
     const auto reply = co_await guard.client->createSignal(std::move(request));
-    if (!reply) {
-        fail(guard, reply.error());
-    } else if (holds(guard)) {
-        mergeSignal(*reply);
-        setLastError(std::nullopt);
-    }
+    conclude(guard, reply, [this](const records::Signal& signal) { mergeSignal(signal); });
     assign(StoreField::isSending, state_.isSending, false);
     clearSendingNotes();
 }
@@ -83,12 +78,7 @@ platform::Awaitable<void> AppStore::actOnSignal(records::Signal signal, std::str
     }
     records::SignalActionRequest request{.action = std::move(action)};
     const auto reply = co_await guard.client->actOnSignal(std::move(signal.id), std::move(request));
-    if (!reply) {
-        fail(guard, reply.error());
-    } else if (holds(guard)) {
-        mergeSignal(*reply);
-        setLastError(std::nullopt);
-    }
+    conclude(guard, reply, [this](const records::Signal& changed) { mergeSignal(changed); });
 }
 
 platform::Awaitable<void> AppStore::setMemberStatus(records::MemberStatus status) {
@@ -99,21 +89,15 @@ platform::Awaitable<void> AppStore::setMemberStatus(records::MemberStatus status
     }
     records::MemberStatusRequest request{.status = std::string{records::rawValue(status)}};
     const auto reply = co_await guard.client->setMemberStatus(std::move(request));
-    if (!reply) {
-        fail(guard, reply.error());
-        co_return;
-    }
-    if (!holds(guard)) {
-        co_return;
-    }
-    // Unlike an update that the server sends of itself, the reply never adds a member.
-    const auto found = std::ranges::find(state_.members, reply->id, &records::Member::id);
-    if (found != state_.members.end()) {
-        *found = *reply;
-        markChanged(StoreField::members);
-    }
-    refreshDerivedState();
-    setLastError(std::nullopt);
+    conclude(guard, reply, [this](const records::Member& changed) {
+        // Unlike an update that the server sends of itself, the reply never adds a member.
+        const auto found = std::ranges::find(state_.members, changed.id, &records::Member::id);
+        if (found != state_.members.end()) {
+            *found = changed;
+            markChanged(StoreField::members);
+        }
+        refreshDerivedState();
+    });
 }
 
 platform::Awaitable<void> AppStore::enqueueNotificationAction(DesktopSignalNotificationAction action) {

@@ -75,11 +75,23 @@ void AppStore::clearSignInScope() {
     }
 }
 
+/// Whatever the device says, nobody's sign-in of this login is known from here on.
+void AppStore::forgetSignIn() {
+    clearSignInScope();
+    clearFlexibleRoomSession();
+}
+
 void AppStore::clearSignedInMember() {
     if (state_.device) {
         state_.device->signedInMemberId.reset();
         markChanged(StoreField::device);
     }
+    refreshDerivedState();
+}
+
+void AppStore::endSignIn() {
+    forgetSignIn();
+    clearSignedInMember();
 }
 
 LoginScope AppStore::currentLogin() const {
@@ -97,10 +109,7 @@ void AppStore::apply(const server::server_message::SessionStarted& message) {
 }
 
 void AppStore::apply(const server::server_message::SessionEnded&) {
-    clearSignedInMember();
-    clearFlexibleRoomSession();
-    clearSignInScope();
-    refreshDerivedState();
+    endSignIn();
     if (apiClient_) {
         fetchState();  // The server says what this computer may see now.
     }
@@ -109,17 +118,13 @@ void AppStore::apply(const server::server_message::SessionEnded&) {
 /// Drops a sign-in that was made in an earlier login of this computer, and tells the server.
 void AppStore::verifyLoginScope() {
     if (state_.device && state_.device->memberId) {
-        clearSignInScope();
-        clearFlexibleRoomSession();
+        forgetSignIn();
         return;
     }
     if (!state_.device || !state_.device->signedInMemberId || state_.settings.stationSignIn.holdsIn(currentLogin())) {
         return;
     }
-    clearSignInScope();
-    clearFlexibleRoomSession();
-    clearSignedInMember();
-    refreshDerivedState();
+    endSignIn();
     if (std::exchange(loginScopeSignOutInFlight_, true)) {
         return;  // A burst of snapshots makes one request.
     }
@@ -141,23 +146,11 @@ platform::Awaitable<void> AppStore::signOutStation() {
         co_return;
     }
     const auto reply = co_await guard.client->signOutDevice();
-    if (!reply) {
-        fail(guard, reply.error());
-        co_return;
-    }
-    if (!holds(guard)) {
-        co_return;
-    }
-    clearSignedInMember();
-    clearSignInScope();
-    clearFlexibleRoomSession();
-    refreshDerivedState();
-    setLastError(std::nullopt);
+    conclude(guard, reply, [this](const records::EmptyResponse&) { endSignIn(); });
 }
 
 void AppStore::handlePowerOff() {
-    clearSignInScope();
-    clearFlexibleRoomSession();
+    forgetSignIn();
     if (!state_.device || state_.device->memberId || !state_.device->signedInMemberId || !apiClient_) {
         return;
     }
@@ -166,7 +159,6 @@ void AppStore::handlePowerOff() {
         [client = apiClient_]() -> platform::Awaitable<void> { co_await client->signOutDevice(); },
         powerOffSignOutLimit);
     clearSignedInMember();
-    refreshDerivedState();
 }
 
 }  // namespace zelkovanta::store

@@ -4,6 +4,7 @@
 #include "records/snapshot.h"
 #include "server/connection_state.h"
 #include "store/flexible_room.h"
+#include "store/login_scope.h"
 
 #include <bitset>
 #include <cstddef>
