@@ -60,7 +60,8 @@ void SimulatedNotificationCenter::show(const std::shared_ptr<const NotificationR
     }
 }
 
-void SimulatedNotificationCenter::answer(const Requests& requests, Completion<NotificationRequests> completion) {
+void SimulatedNotificationCenter::answer(Duration delay, const Requests& requests,
+                                         Completion<NotificationRequests> completion) {
     NotificationRequests list;
     list.reserve(requests.size());
     for (const auto& [identifier, request] : requests) {
@@ -71,11 +72,11 @@ void SimulatedNotificationCenter::answer(const Requests& requests, Completion<No
 }
 
 void SimulatedNotificationCenter::getPendingRequests(Completion<NotificationRequests> completion) {
-    answer(pending_, std::move(completion));
+    answer(pendingAnswerDelay, pending_, std::move(completion));
 }
 
 void SimulatedNotificationCenter::getDeliveredNotifications(Completion<NotificationRequests> completion) {
-    answer(delivered_, std::move(completion));
+    answer(deliveredAnswerDelay, delivered_, std::move(completion));
 }
 
 void SimulatedNotificationCenter::removePendingRequests(std::vector<std::string> identifiers) {

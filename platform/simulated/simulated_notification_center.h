@@ -26,7 +26,8 @@ public:
 
     // How it behaves, from the next call on.
     Duration showingDelay{};
-    Duration answeringDelay{};
+    Duration pendingAnswerDelay{};
+    Duration deliveredAnswerDelay{};
     Authorization authorization = Authorization::granted;  ///< whatever else it is, requests are discarded
 
     void setDelegate(std::weak_ptr<UserNotificationCenterDelegate> delegate) override;
@@ -68,7 +69,7 @@ public:
 private:
     /// Runs `call` on the centre's thread, `delay` later.
     void later(Duration delay, std::move_only_function<void()> call);
-    void answer(const Requests& requests, Completion<NotificationRequests> completion);
+    void answer(Duration delay, const Requests& requests, Completion<NotificationRequests> completion);
     void show(const std::shared_ptr<const NotificationRequest>& request);
 
     EventLoop& loop_;

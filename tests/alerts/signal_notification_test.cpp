@@ -1,0 +1,126 @@
+#include "alerts/signal_notification.h"
+
+#include <algorithm>
+#include <optional>
+#include <rapidcheck.h>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace zelkovanta::alerts {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+using Identity = DesktopSignalNotificationIdentity;
+using Identities = std::vector<Identity>;
+
+TEST(SignalIdentifier, isThePrefixAndTheId) {
+    EXPECT_EQ(signalIdentifier("s-1"), "zelkovanta.signal.s-1");
+    EXPECT_EQ(signalIdentifier(""), "zelkovanta.signal.");
+    EXPECT_EQ(signalIdentifier("zelkovanta.signal.s"), "zelkovanta.signal.zelkovanta.signal.s");
+}
+
+TEST(SignalUserInfo, holdsTwoTexts) {
+    EXPECT_EQ(signalUserInfo("s", "m"), (platform::NotificationUserInfo{{"signalId", "s"}, {"memberId", "m"}}));
+}
+
+TEST(ExpectedIdentifiers, areThoseOfTheOpenSignals) {
+    EXPECT_THAT(expectedIdentifiers({}), IsEmpty());
+    EXPECT_THAT(expectedIdentifiers({"a", "b"}), UnorderedElementsAre("zelkovanta.signal.a", "zelkovanta.signal.b"));
+}
+
+TEST(IdentityOf, takesTheMemberFromTheUserInfoIfItIsAText) {
+    platform::NotificationRequest request{.identifier = "zelkovanta.signal.a", .content = {}};
+    EXPECT_EQ(identityOf(request), (Identity{"zelkovanta.signal.a", std::nullopt}));
+    request.content.userInfo = {{"memberId", platform::NoText{}}};
+    EXPECT_EQ(identityOf(request), (Identity{"zelkovanta.signal.a", std::nullopt}));
+    request.content.userInfo = {{"MemberId", "m"}};
+    EXPECT_EQ(identityOf(request), (Identity{"zelkovanta.signal.a", std::nullopt}));
+    request.content.userInfo = signalUserInfo("a", "m");
+    EXPECT_EQ(identityOf(request), (Identity{"zelkovanta.signal.a", "m"}));
+}
+
+TEST(StaleIdentifiers, whatIsNotOpenIsStaleInTheOrderOfTheNotifications) {
+    const Identities all{{"zelkovanta.signal.c", "m"}, {"zelkovanta.signal.a", "m"}, {"zelkovanta.signal.b", "m"}};
+    EXPECT_THAT(staleIdentifiers(all, {"a"}, "m"), ElementsAre("zelkovanta.signal.c", "zelkovanta.signal.b"));
+    EXPECT_THAT(staleIdentifiers(all, {"a", "b", "c"}, "m"), IsEmpty());
+}
+
+TEST(StaleIdentifiers, withNobodyAndNothingOpenEverySignalGoesAndEverythingElseStays) {
+    const Identities all{{"zelkovanta.signal.a", std::nullopt}, {"0e0b2e3c-6c5e-4a3a-9d5e-0f0a52b0a001", std::nullopt},
+                         {"zelkovanta.signal.", "m"},           {"zelkovanta.signal", "m"},
+                         {"Zelkovanta.signal.a", "m"},          {" zelkovanta.signal.a", "m"},
+                         {"zelkovanta.signal.b", "m"}};
+    EXPECT_THAT(staleIdentifiers(all, {}, std::nullopt),
+                ElementsAre("zelkovanta.signal.a", "zelkovanta.signal.", "zelkovanta.signal.b"));
+    EXPECT_THAT(staleIdentifiers(all, {}, "m"),
+                ElementsAre("zelkovanta.signal.a", "zelkovanta.signal.", "zelkovanta.signal.b"));
+}
+
+TEST(StaleIdentifiers, aNotificationForAnotherMemberGoesThoughItsSignalIsOpen) {
+    const Identities all{{"zelkovanta.signal.a", "m"}, {"zelkovanta.signal.b", "n"}, {"zelkovanta.signal.c", ""}};
+    EXPECT_THAT(staleIdentifiers(all, {"a", "b", "c"}, "m"), ElementsAre("zelkovanta.signal.b", "zelkovanta.signal.c"));
+    EXPECT_THAT(staleIdentifiers(all, {"a", "b", "c"}, std::nullopt),
+                ElementsAre("zelkovanta.signal.a", "zelkovanta.signal.b", "zelkovanta.signal.c"));
+}
+
+TEST(StaleIdentifiers, aNotificationWithoutAMemberIsStaleAsSoonAsSomebodyIsCurrent) {
+    const Identities all{{"zelkovanta.signal.a", std::nullopt}};
+    EXPECT_THAT(staleIdentifiers(all, {"a"}, "m"), ElementsAre("zelkovanta.signal.a"));
+    EXPECT_THAT(staleIdentifiers(all, {"a"}, std::nullopt), IsEmpty());
+}
+
+TEST(StaleIdentifiers, idsCompareWhole) {
+    const Identities all{{"zelkovanta.signal.ab", "m"}, {"zelkovanta.signal.A", "m"}, {"zelkovanta.signal.a ", "m"}};
+    EXPECT_THAT(staleIdentifiers(all, {"a"}, "m"),
+                ElementsAre("zelkovanta.signal.ab", "zelkovanta.signal.A", "zelkovanta.signal.a "));
+}
+
+TEST(StaleIdentifiers, sameNotificationTwiceIsToldTwice) {
+    const Identities all{{"zelkovanta.signal.a", "m"}, {"zelkovanta.signal.a", "m"}};
+    EXPECT_THAT(staleIdentifiers(all, {}, "m"), ElementsAre("zelkovanta.signal.a", "zelkovanta.signal.a"));
+}
+
+/// The rule once more, one notification at a time and without sets.
+bool isStale(const Identity& identity, const std::vector<std::string>& open, const std::optional<std::string>& member) {
+    if (identity.identifier.find("zelkovanta.signal.") != 0) {
+        return false;
+    }
+    if (identity.memberId.has_value() != member.has_value() || (member && *identity.memberId != *member)) {
+        return true;
+    }
+    return std::none_of(open.begin(), open.end(),
+                        [&](const std::string& id) { return "zelkovanta.signal." + id == identity.identifier; });
+}
+
+std::optional<std::string> maybe(const rc::Gen<std::string>& gen) {
+    return *rc::gen::arbitrary<bool>() ? std::optional{*gen} : std::nullopt;
+}
+
+TEST(StaleIdentifiers, agreeWithTheRuleForAnyNotifications) {
+    EXPECT_TRUE(rc::check([] {
+        const auto id = rc::gen::element<std::string>("", "a", "b", "ab", ".");
+        const auto member = rc::gen::element<std::string>("", "m", "n");
+        const auto open = *rc::gen::container<std::vector<std::string>>(id);
+        const auto current = maybe(member);
+        Identities all;
+        std::vector<std::string> expected;
+        const int count = *rc::gen::inRange(0, 12);
+        for (int index = 0; index < count; ++index) {
+            const auto prefix = *rc::gen::element<std::string>("zelkovanta.signal.", "zelkovanta.signal", "x");
+            all.push_back({prefix + *id, maybe(member)});
+            if (isStale(all.back(), open, current)) {
+                expected.push_back(all.back().identifier);
+            }
+        }
+        RC_ASSERT(staleIdentifiers(all, SignalIds(open.begin(), open.end()), current) == expected);
+    }));
+}
+
+}  // namespace
+}  // namespace zelkovanta::alerts
