@@ -3,6 +3,7 @@
 #include "office/json_text.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <map>
 #include <set>
@@ -51,6 +52,7 @@ std::vector<Shape> shapes() {
         {"code", "code", {}, 0, placementOptions, {}, "code"},
         {"signin", "signin", {"device", "member"}, 2, {}, {}},
         {"signin-code", "signin", {"code", "member"}, 2, {}, {}},
+        {"scan", "scan", {"device", "member"}, 2, {}, {}},
         {"signout", "signout", {"device"}, 1, {}, {}},
         {"revoke", "revoke", {"device"}, 1, {}, {}},
         {"move",
@@ -76,6 +78,7 @@ std::vector<Shape> shapes() {
         {"done", "act", {"signal"}, 1, {by}, {}},
         {"cancel", "act", {"signal"}, 1, {by}, {}},
         {"arrived", "act", {"signal"}, 1, {by}, {}},
+        {"walk", "walk", {"member", "room"}, 2, {practice}, {}},
         {"member",
          "member",
          {"member"},
@@ -134,6 +137,9 @@ std::vector<Shape> shapes() {
          {}},
     };
 }
+
+constexpr std::array<std::string_view, 7> serveOptions = {"--database",    "--listen", "--port",          "--sample",
+                                                          "--certificate", "--key",    "--app-check-file"};
 
 template <class Number>
 std::expected<Number, std::string> numberOf(std::string_view option, std::string_view text) {
@@ -201,7 +207,11 @@ std::expected<Command, std::string> parseServe(Reader reader) {
             serve.quiet = true;
             continue;
         }
-        if (option != "--database" && option != "--listen" && option != "--port" && option != "--sample") {
+        if (option == "--no-console") {
+            serve.console = false;
+            continue;
+        }
+        if (std::ranges::find(serveOptions, option) == serveOptions.end()) {
             return Fault("The office does not know \"" + option + "\"; zelkovanta-office help tells what it knows.");
         }
         const auto value = reader.valueOf(option);
@@ -214,6 +224,12 @@ std::expected<Command, std::string> parseServe(Reader reader) {
             serve.address = *value;
         } else if (option == "--sample") {
             serve.sample = *value;
+        } else if (option == "--certificate") {
+            serve.certificate = *value;
+        } else if (option == "--key") {
+            serve.key = *value;
+        } else if (option == "--app-check-file") {
+            serve.appCheckFile = *value;
         } else if (const auto port = numberOf<std::uint16_t>(option, *value)) {
             serve.port = *port;
         } else {
@@ -222,6 +238,9 @@ std::expected<Command, std::string> parseServe(Reader reader) {
     }
     if (serve.database.empty()) {
         return Fault("Say where the office keeps its state: --database FILE.");
+    }
+    if (serve.certificate.has_value() != serve.key.has_value()) {
+        return Fault("A certificate and its key go together: --certificate FILE --key FILE.");
     }
     return serve;
 }

@@ -18,6 +18,10 @@ struct Serve {
     std::uint16_t port = 8787;
     std::optional<std::string> sample;
     bool quiet = false;  ///< no line for each request
+    bool console = true;
+    std::optional<std::filesystem::path> certificate = {};   ///< PEM, with the authorities' between it and the root
+    std::optional<std::filesystem::path> key = {};           ///< the certificate's
+    std::optional<std::filesystem::path> appCheckFile = {};  ///< its first line is what programs have to know to pair
     bool operator==(const Serve&) const = default;
 };
 

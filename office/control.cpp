@@ -4,7 +4,6 @@
 #include "office/json_text.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <exception>
 #include <ostream>
@@ -133,21 +132,6 @@ Result<Reply> exchange(const Place& place, const Control& order) {
     return reply;
 }
 
-/// Codes that the office sends without a sentence, because every computer has its own for them.
-std::string sentenceFor(std::string_view code) {
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 7> sentences = {{
-        {"already_cleared", "That signal is over already."},
-        {"duplicate_active_signal", "That room has the same signal already."},
-        {"provider_off_shift", "Somebody who is called is off shift."},
-        {"not_a_station", "Nobody can sign in at that computer."},
-        {"invalid_code", "There is no such code."},
-        {"expired_code", "That code or request has lapsed."},
-        {"in_cooldown", "That member is in a cooldown."},
-    }};
-    const auto found = std::ranges::find(sentences, code, &std::pair<std::string_view, std::string_view>::first);
-    return found == sentences.end() ? "The office refused: " + std::string(code) + "." : std::string(found->second);
-}
-
 /// The answer's content, or the office's sentence why there is none.
 Result<json::value> ask(const Control& order, std::string* text = nullptr) {
     const auto place = placeOf(order.office);
@@ -168,8 +152,7 @@ Result<json::value> ask(const Control& order, std::string* text = nullptr) {
         if (const json::value* message = envelope.if_contains("message"); message != nullptr && message->is_string()) {
             return Fault(std::string(message->get_string()));
         }
-        const json::value* code = envelope.if_contains("error");
-        return Fault(sentenceFor(code != nullptr && code->is_string() ? std::string_view(code->get_string()) : "?"));
+        return Fault("What answers at " + place->url + " is no office.");
     }
     if (text != nullptr) {
         *text = reply->body;

@@ -25,6 +25,7 @@ public:
     Desk(Storage& storage, State state, RandomBytes& random, QrPicture qrPicture);
 
     [[nodiscard]] const State& state() const { return ledger_.state(); }
+    void requireAppCheck(std::string token) { appCheck_ = std::move(token); }
     [[nodiscard]] Answer finish(Outcome outcome, int status = 200);
 
     // desk_requests.cpp
@@ -35,6 +36,9 @@ public:
     // desk_administration.cpp
     [[nodiscard]] Answer administer(const Request& request, Timestamp now);
 
+    // desk_overview.cpp
+    [[nodiscard]] std::string overview(Timestamp now) const;
+
     // desk_time.cpp
     [[nodiscard]] std::vector<Effect> tick(Timestamp now);
     [[nodiscard]] std::optional<Timestamp> nextDeadline() const;
@@ -42,11 +46,12 @@ public:
     // desk_pairing.cpp
     [[nodiscard]] Outcome approve(std::string_view setupRequest, const Placement& placement, Timestamp now);
     [[nodiscard]] Outcome makePairingCode(const Placement& placement, Timestamp now);
-    [[nodiscard]] Outcome waiting(Timestamp now) const;
+    [[nodiscard]] std::string waitingList(Timestamp now) const;
 
     // desk_stations.cpp
     [[nodiscard]] Outcome signIn(const Device& device, std::string_view member);
     [[nodiscard]] Outcome signInWithCode(std::string_view code, std::string_view member, Timestamp now);
+    [[nodiscard]] Outcome scanSignInCode(const Device& device, std::string_view member, Timestamp now);
     [[nodiscard]] Outcome signOut(Device device);
     [[nodiscard]] Outcome revoke(const Device& device);
     [[nodiscard]] Outcome move(Device device, const Practice& practice, std::optional<std::string> room,
@@ -56,9 +61,12 @@ public:
     // desk_signals.cpp
     [[nodiscard]] Outcome send(const SendOrder& order, Timestamp now);
     [[nodiscard]] Outcome act(Signal signal, SignalAction action, const std::optional<std::string>& by, Timestamp now);
+    [[nodiscard]] Outcome walkIn(const Practice& practice, std::string_view member, std::string_view room,
+                                 Timestamp now);
     void end(Signal signal, SignalStatus status, std::optional<std::string> by, Timestamp now);
 
     // desk_staff.cpp
+    [[nodiscard]] Outcome setStatus(Member member, std::string_view status, Timestamp now);
     [[nodiscard]] Outcome changeMember(Member member, const MemberChange& change, Timestamp now);
     [[nodiscard]] Outcome addMember(const Practice& practice, std::string_view name, std::string_view department,
                                     Timestamp now);
@@ -91,6 +99,7 @@ private:
     [[nodiscard]] Outcome acceptCrashReports(const Device& device, std::string_view body, Timestamp now);
 
     // desk_pairing.cpp
+    [[nodiscard]] bool isOurProgram(const Request& request) const;
     [[nodiscard]] Outcome redeem(const Request& request, Timestamp now);
     [[nodiscard]] Outcome requestSetup(const Request& request, Timestamp now);
     [[nodiscard]] Outcome pollSetup(std::string_view claimToken, Timestamp now);
@@ -99,6 +108,7 @@ private:
 
     // desk_stations.cpp
     [[nodiscard]] bool isStation(const Device& device) const;
+    void forgetSignInCodes(std::string_view deviceId);
     [[nodiscard]] Outcome makeSignInCode(const Device& device, Timestamp now);
     [[nodiscard]] std::string qrToken(std::string_view token, std::string_view claimToken, std::string_view data,
                                       Timestamp expiresAt) const;
@@ -125,7 +135,6 @@ private:
     void tellDevice(std::string_view deviceId, std::string frame);
     void tellRooms(std::string_view practiceId);
     void tellTypes(std::string_view practiceId);
-    [[nodiscard]] Outcome stateOfAll() const;
 
     struct PracticeText {
         std::uint64_t revision = 0;
@@ -135,6 +144,7 @@ private:
     Ledger ledger_;
     RandomBytes& random_;
     QrPicture qrPicture_;
+    std::string appCheck_;
     std::vector<Effect> effects_;
     std::map<std::string, PracticeText, std::less<>> practiceTexts_;
     Attempts wrongCodes_{10, std::chrono::seconds{60}};

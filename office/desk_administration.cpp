@@ -62,7 +62,9 @@ Answer Office::Desk::administer(const Request& request, Timestamp now) {
     }
     path.remove_prefix(root.size());
     if (request.method == "GET" && (path == "waiting" || path == "state")) {
-        Answer answer = finish(path == "waiting" ? waiting(now) : stateOfAll());
+        Answer answer =
+            finish(path == "waiting" ? JsonText().object().key("waiting").raw(waitingList(now)).endObject().take()
+                                     : overview(now));
         answer.route = request.path;
         return answer;
     }
@@ -112,6 +114,12 @@ Answer Office::Desk::administer(const Request& request, Timestamp now) {
             }
             const auto device = deviceNamed(name);
             return device ? signIn(Device(**device), member) : refusedFor(device);
+        }
+        if (path == "scan") {
+            const std::string name = order.required("device");
+            const std::string member = order.required("member");
+            const auto device = order.fault() ? std::unexpected(*order.fault()) : deviceNamed(name);
+            return device ? scanSignInCode(Device(**device), member, now) : refusedFor(device);
         }
         if (path == "signout" || path == "revoke" || path == "alerts") {
             const std::string name = order.required("device");
@@ -208,6 +216,20 @@ Answer Office::Desk::administer(const Request& request, Timestamp now) {
             const auto member = memberNamed((*practice)->id, name);
             return member ? changeMember(**member, change, now) : refusedFor(member);
         }
+        if (path == "walk") {
+            const std::string member = order.required("member");
+            const std::string room = order.required("room");
+            return order.fault() ? faulty() : practice ? walkIn(**practice, member, room, now) : refusedFor(practice);
+        }
+        if (path == "status") {
+            const std::string name = order.required("member");
+            const std::string status = order.required("status");
+            if (order.fault() || !practice) {
+                return order.fault() ? faulty() : refusedFor(practice);
+            }
+            const auto member = memberNamed((*practice)->id, name);
+            return member ? setStatus(Member(**member), status, now) : refusedFor(member);
+        }
         if (path == "member/add") {
             const std::string name = order.required("name");
             const std::string department = order.required("department");
@@ -253,46 +275,15 @@ Answer Office::Desk::administer(const Request& request, Timestamp now) {
         return std::unexpected(refusals::notFound("not_found", "There is nothing at this address."));
     };
 
+    const auto explained = [&]() -> Outcome {
+        Outcome outcome = work();
+        return outcome ? std::move(outcome) : std::unexpected(withSentence(std::move(outcome.error())));
+    };
     Answer answer = request.method == "POST"
-                        ? finish(work())
+                        ? finish(explained())
                         : refuse({405, "method_not_allowed", "This address takes only POST.", std::nullopt});
     answer.route = answer.status == 404 || answer.status == 405 ? std::string(root) + "any" : request.path;
     return answer;
-}
-
-Office::Desk::Outcome Office::Desk::stateOfAll() const {
-    JsonText json;
-    json.object().key("practices").array();
-    for (const Practice* practice : inOrder<Practice>({})) {
-        json.object().key("office");
-        write(json, *practice);
-        json.key("members");
-        write(json, inOrder<Member>(practice->id));
-        json.key("rooms");
-        write(json, inOrder<Room>(practice->id));
-        json.key("signalTypes");
-        write(json, inOrder<SignalType>(practice->id));
-        json.key("signals").array();
-        for (const auto& [createdAt, id] : ledger_.activeSignals(practice->id)) {
-            write(json, *ledger_.find<Signal>(id));
-        }
-        json.endArray().key("devices").array();
-        for (const std::string& id : ledger_.devicesOf(practice->id)) {
-            const Device& device = *ledger_.find<Device>(id);
-            json.object().field("role", roleWord(device.role)).field("collected", !device.tokenHash.empty());
-            json.key("device");
-            write(json, device);
-            json.endObject();
-        }
-        json.endArray().endObject();
-    }
-    json.endArray();
-    if (const Release* release = ledger_.find<Release>("current")) {
-        json.key("desktopRelease");
-        write(json, *release);
-    }
-    json.endObject();
-    return json.take();
 }
 
 }  // namespace zelkovanta::office

@@ -130,7 +130,14 @@ Office::Desk::Outcome Office::Desk::makePairingCode(const Placement& placement, 
     return json.take();
 }
 
+bool Office::Desk::isOurProgram(const Request& request) const {
+    return appCheck_.empty() || sameSecret(request.appCheck, appCheck_);
+}
+
 Office::Desk::Outcome Office::Desk::redeem(const Request& request, Timestamp now) {
+    if (!isOurProgram(request)) {
+        return std::unexpected(refusals::unknownProgram());
+    }
     if (wrongCodes_.exhausted(request.peer, now)) {
         return std::unexpected(refusals::tooManyAttempts());
     }
@@ -186,6 +193,9 @@ Office::Desk::Outcome Office::Desk::redeem(const Request& request, Timestamp now
 }
 
 Office::Desk::Outcome Office::Desk::requestSetup(const Request& request, Timestamp now) {
+    if (!isOurProgram(request)) {
+        return std::unexpected(refusals::unknownProgram());
+    }
     if (setups_.exhausted(request.peer, now) || state().all<SetupRequest>().size() >= mostSetupRequests) {
         return std::unexpected(refusals::tooManyAttempts());
     }
@@ -285,7 +295,7 @@ Office::Desk::Outcome Office::Desk::approve(std::string_view setupRequest, const
     return json.take();
 }
 
-Office::Desk::Outcome Office::Desk::waiting(Timestamp now) const {
+std::string Office::Desk::waitingList(Timestamp now) const {
     std::vector<const SetupRequest*> open;
     for (const auto& [id, setup] : state().all<SetupRequest>()) {
         if (!setup.deviceId && now < setup.expiresAt) {
@@ -294,7 +304,7 @@ Office::Desk::Outcome Office::Desk::waiting(Timestamp now) const {
     }
     std::ranges::stable_sort(open, {}, &SetupRequest::createdAt);
     JsonText json;
-    json.object().key("waiting").array();
+    json.array();
     for (const SetupRequest* setup : open) {
         json.object()
             .field("request", setup->id)
@@ -306,7 +316,7 @@ Office::Desk::Outcome Office::Desk::waiting(Timestamp now) const {
             .field("expiresAt", isoText(setup->expiresAt))
             .endObject();
     }
-    json.endArray().endObject();
+    json.endArray();
     return json.take();
 }
 

@@ -30,6 +30,17 @@ bool sameCall(const Signal& left, const Signal& right) {
            left.providerIds == right.providerIds && left.toDepartment == right.toDepartment;
 }
 
+/// Whoever is on the way; before that everybody who is addressed, and for an open call the providers.
+bool callsFor(const Signal& signal, const Member& member) {
+    if (signal.acknowledgedBy) {
+        return *signal.acknowledgedBy == member.id;
+    }
+    if (signal.providerIds) {
+        return std::ranges::find(*signal.providerIds, member.id) != signal.providerIds->end();
+    }
+    return signal.providerId ? *signal.providerId == member.id : member.department == provider;
+}
+
 }  // namespace
 
 /// A signal as somebody wants it, all identifiers as they came.
@@ -251,6 +262,31 @@ Office::Desk::Outcome Office::Desk::act(Signal signal, SignalAction action, cons
         end(std::move(signal), action == SignalAction::done ? SignalStatus::done : SignalStatus::canceled, by, now);
     }
     return jsonOf(*ledger_.find<Signal>(id));
+}
+
+Office::Desk::Outcome Office::Desk::walkIn(const Practice& practice, std::string_view memberName,
+                                           std::string_view roomName, Timestamp now) {
+    const auto member = memberNamed(practice.id, memberName);
+    if (!member) {
+        return std::unexpected(member.error());
+    }
+    const auto room = roomNamed(practice.id, roomName);
+    if (!room) {
+        return std::unexpected(room.error());
+    }
+    std::vector<std::string> cleared;
+    for (const auto& [createdAt, id] : ledger_.activeSignals(practice.id)) {
+        const Signal& signal = *ledger_.find<Signal>(id);
+        if (signal.roomId == (*room)->id && callsFor(signal, **member)) {
+            cleared.push_back(id);
+        }
+    }
+    for (const std::string& id : cleared) {
+        end(*ledger_.find<Signal>(id), SignalStatus::done, std::string(clearedByBeacon), now);
+    }
+    JsonText json;
+    json.object().field("cleared", cleared).endObject();
+    return json.take();
 }
 
 Office::Desk::Outcome Office::Desk::actOnSignal(const Device& device, std::string_view signalId, std::string_view body,

@@ -61,15 +61,18 @@ Office::Desk::Outcome Office::Desk::setStatus(const Device& device, std::string_
         return std::unexpected(refusals::badRequest("\"status\" must be available, busy or dnd."));
     }
     const Member* found = memberAt(device);
-    if (found == nullptr) {
-        return std::unexpected(refusals::signInRequired());
+    return found == nullptr ? std::unexpected(refusals::signInRequired()) : setStatus(*found, status, now);
+}
+
+Office::Desk::Outcome Office::Desk::setStatus(Member member, std::string_view status, Timestamp now) {
+    if (!isStatusWord(status)) {
+        return std::unexpected(refusals::badRequest("\"status\" must be available, busy or dnd."));
     }
-    if (found->cooldownUntil && now < *found->cooldownUntil) {
-        return std::unexpected(Refusal{403, "in_cooldown", {}, found->cooldownUntil});
+    if (member.cooldownUntil && now < *member.cooldownUntil) {
+        return std::unexpected(Refusal{403, "in_cooldown", {}, member.cooldownUntil});
     }
-    Member member = *found;
-    member.status = status;
-    if (member != *found) {
+    if (member.status != status) {
+        member.status = status;
         tell(member.practiceId, frameOf("member.updated", "member", member));
         ledger_.put(member);
     }

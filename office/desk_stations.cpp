@@ -33,6 +33,18 @@ std::string Office::Desk::qrToken(std::string_view token, std::string_view claim
     return json.take();
 }
 
+void Office::Desk::forgetSignInCodes(std::string_view deviceId) {
+    std::vector<std::string> codes;
+    for (const auto& [hash, code] : state().all<SignInCode>()) {
+        if (code.deviceId == deviceId) {
+            codes.push_back(hash);
+        }
+    }
+    for (std::string& hash : codes) {
+        ledger_.erase<SignInCode>(std::move(hash));
+    }
+}
+
 Office::Desk::Outcome Office::Desk::makeSignInCode(const Device& device, Timestamp now) {
     if (!isStation(device)) {
         return std::unexpected(refusals::notAStation());
@@ -59,6 +71,8 @@ Office::Desk::Outcome Office::Desk::signIn(const Device& device, std::string_vie
     if (!(*member)->active.value_or(true)) {
         return std::unexpected(refusals::conflict("member_inactive", "This member is not active."));
     }
+    // A picture of an older code is worth nothing once somebody has come.
+    forgetSignInCodes(device.id);
     Device station = device;
     station.signedInMemberId = (*member)->id;
     tellDevice(station.id, sessionStartedFrame(station, **member));
@@ -82,11 +96,17 @@ Office::Desk::Outcome Office::Desk::signInWithCode(std::string_view code, std::s
         return std::unexpected(refusals::expiredCode());
     }
     const Device device = *ledger_.find<Device>(found->deviceId);
-    Outcome outcome = signIn(device, member);
-    if (outcome) {
-        ledger_.erase<SignInCode>(secretHash(code));
+    return signIn(device, member);
+}
+
+Office::Desk::Outcome Office::Desk::scanSignInCode(const Device& device, std::string_view member, Timestamp now) {
+    const auto& codes = state().all<SignInCode>();
+    const bool shown = std::ranges::any_of(
+        codes, [&](const auto& entry) { return entry.second.deviceId == device.id && now < entry.second.expiresAt; });
+    if (!shown && isStation(device)) {
+        return std::unexpected(refusals::conflict("no_code_shown", "That computer shows no sign-in code right now."));
     }
-    return outcome;
+    return signIn(device, member);
 }
 
 Office::Desk::Outcome Office::Desk::signOut(Device device) {
@@ -99,15 +119,7 @@ Office::Desk::Outcome Office::Desk::signOut(Device device) {
 }
 
 Office::Desk::Outcome Office::Desk::revoke(const Device& device) {
-    std::vector<std::string> codes;
-    for (const auto& [hash, code] : state().all<SignInCode>()) {
-        if (code.deviceId == device.id) {
-            codes.push_back(hash);
-        }
-    }
-    for (std::string& hash : codes) {
-        ledger_.erase<SignInCode>(std::move(hash));
-    }
+    forgetSignInCodes(device.id);
     effects_.emplace_back(CloseSockets{device.id, revokedCloseCode});
     std::string body = jsonOf(device);
     ledger_.erase<Device>(device.id);

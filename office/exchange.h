@@ -13,7 +13,8 @@ struct Request {
     std::string path = {};    ///< with its leading slash, for example "/api/v1/state"
     std::string token = {};   ///< behind "Bearer ", empty for none
     std::string body = {};
-    std::string peer = {};  ///< who asks, for the limits on attempts; a network address in the program
+    std::string peer = {};      ///< who asks, for the limits on attempts; a network address in the program
+    std::string appCheck = {};  ///< what the desktop build says about itself when it pairs; empty for nothing
 };
 
 /// The frame goes to every open real-time connection of these computers.

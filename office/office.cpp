@@ -20,6 +20,10 @@ std::expected<std::unique_ptr<Office>, StorageFailure> Office::open(Storage& sto
 Office::Office(std::unique_ptr<Desk> desk) : desk_(std::move(desk)) {}
 Office::~Office() = default;
 
+void Office::requireAppCheck(std::string token) {
+    desk_->requireAppCheck(std::move(token));
+}
+
 Answer Office::handle(const Request& request, WallTime now) {
     return desk_->handle(request, timestamp(now));
 }
@@ -77,6 +81,12 @@ Answer Office::signInWithCode(std::string_view code, std::string_view member, Wa
     return desk_->finish(desk_->signInWithCode(code, member, timestamp(now)));
 }
 
+Answer Office::scanSignInCode(std::string_view device, std::string_view member, WallTime now) {
+    const auto found = desk_->deviceNamed(device);
+    return found ? desk_->finish(desk_->scanSignInCode(Device(**found), member, timestamp(now)))
+                 : refuse(found.error());
+}
+
 Answer Office::signOut(std::string_view device, WallTime) {
     const auto found = desk_->deviceNamed(device);
     return found ? desk_->finish(desk_->signOut(**found)) : refuse(found.error());
@@ -120,6 +130,20 @@ Answer Office::act(std::string_view signal, SignalAction action, std::optional<s
         by = (*member)->id;
     }
     return desk_->finish(desk_->act(**found, action, by, timestamp(now)));
+}
+
+Answer Office::walkIn(std::string_view practice, std::string_view member, std::string_view room, WallTime now) {
+    const auto where = desk_->practiceNamed(practice);
+    return where ? desk_->finish(desk_->walkIn(**where, member, room, timestamp(now))) : refuse(where.error());
+}
+
+Answer Office::setStatus(std::string_view practice, std::string_view member, std::string_view status, WallTime now) {
+    const auto where = desk_->practiceNamed(practice);
+    if (!where) {
+        return refuse(where.error());
+    }
+    const auto found = desk_->memberNamed((*where)->id, member);
+    return found ? desk_->finish(desk_->setStatus(**found, status, timestamp(now))) : refuse(found.error());
 }
 
 Answer Office::changeMember(std::string_view practice, std::string_view member, const MemberChange& change,
@@ -167,6 +191,10 @@ Answer Office::changePractice(std::string_view practice, const PracticeChange& c
 
 Answer Office::announce(const Release& release, WallTime) {
     return desk_->finish(desk_->announce(release));
+}
+
+std::string Office::overview(WallTime now) const {
+    return desk_->overview(timestamp(now));
 }
 
 const State& Office::state() const {

@@ -41,6 +41,9 @@ public:
                                                                                      QrPicture qrPicture);
     ~Office();
 
+    /// From now on only programs that know this text can pair. Empty, as at first: all of them can.
+    void requireAppCheck(std::string token);
+
     // The computers' side.
 
     /// Any request below /api/v1 except the real-time connection.
@@ -72,6 +75,8 @@ public:
     [[nodiscard]] Answer signIn(std::string_view device, std::string_view member, WallTime now);
     /// As a phone does it: `code` is the "token" of the sign-in code.
     [[nodiscard]] Answer signInWithCode(std::string_view code, std::string_view member, WallTime now);
+    /// As a phone does it that is held before the station's screen: with the code that the station shows.
+    [[nodiscard]] Answer scanSignInCode(std::string_view device, std::string_view member, WallTime now);
     [[nodiscard]] Answer signOut(std::string_view device, WallTime now);
     [[nodiscard]] Answer revoke(std::string_view device, WallTime now);
     /// Without a room or member for a computer that needs one: the one of the same name there, else the first room.
@@ -81,6 +86,13 @@ public:
     [[nodiscard]] Answer setNotificationSettings(std::string_view device, std::string_view settings, WallTime now);
     [[nodiscard]] Answer send(const SendOrder& order, WallTime now);
     [[nodiscard]] Answer act(std::string_view signal, SignalAction action, std::optional<std::string> by, WallTime now);
+    /// As a phone does it: refused in a cooldown.
+    [[nodiscard]] Answer setStatus(std::string_view practice, std::string_view member, std::string_view status,
+                                   WallTime now);
+    /// A member with a phone walks into a room, and its beacon clears what called for the member there. Answers with
+    /// the signals' ids in "cleared".
+    [[nodiscard]] Answer walkIn(std::string_view practice, std::string_view member, std::string_view room,
+                                WallTime now);
     [[nodiscard]] Answer changeMember(std::string_view practice, std::string_view member, const MemberChange& change,
                                       WallTime now);
     [[nodiscard]] Answer addMember(std::string_view practice, std::string_view name, std::string_view department,
@@ -94,6 +106,8 @@ public:
     /// Replaces the announced release. One without any version withdraws it.
     [[nodiscard]] Answer announce(const Release& release, WallTime now);
 
+    /// Everything that an admin may see, as JSON; the same as "GET state" of the admin's addresses.
+    [[nodiscard]] std::string overview(WallTime now) const;
     /// For looking, not for keeping: references into it last until the next call.
     [[nodiscard]] const State& state() const;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "office/network_stream.h"
 #include "office/office.h"
 
 #include <deque>
@@ -10,7 +11,6 @@
 
 #include <boost/asio/bind_executor.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/websocket.hpp>
@@ -18,14 +18,14 @@
 // Included by the server alone: Beast is heavy.
 namespace zelkovanta::office {
 
-/// One real-time connection. What is sent before the handshake is over waits for it. Keeps itself alive until it is
-/// closed, and then calls `gone` once.
+/// One real-time connection, of a computer or of a console (whose device id is empty). What is sent before the
+/// handshake is over waits for it. Keeps itself alive until it is closed, and then calls `gone` once.
 class RealTimeChannel : public std::enable_shared_from_this<RealTimeChannel> {
 public:
     using Frame = std::shared_ptr<const std::string>;
     using Gone = std::function<void(RealTimeChannel&)>;
 
-    RealTimeChannel(boost::beast::tcp_stream stream, std::string deviceId, Gone gone)
+    RealTimeChannel(NetworkStream stream, std::string deviceId, Gone gone)
         : socket_(std::move(stream)), deviceId_(std::move(deviceId)), gone_(std::move(gone)) {}
 
     [[nodiscard]] const std::string& deviceId() const { return deviceId_; }
@@ -136,7 +136,7 @@ private:
         }
     }
 
-    boost::beast::websocket::stream<boost::beast::tcp_stream> socket_;
+    boost::beast::websocket::stream<NetworkStream> socket_;
     boost::beast::flat_buffer inbound_;
     std::string deviceId_;
     Gone gone_;

@@ -2,6 +2,10 @@
 
 #include "office/json_text.h"
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
 namespace zelkovanta::office {
 
 Answer refuse(const Refusal& refusal) {
@@ -17,6 +21,25 @@ Answer refuse(const Refusal& refusal) {
     return {.status = refusal.status, .body = json.take(), .route = {}, .effects = {}};
 }
 
+Refusal withSentence(Refusal refusal) {
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 8> sentences = {{
+        {"already_cleared", "That signal is over already."},
+        {"duplicate_active_signal", "That room has the same signal already."},
+        {"provider_off_shift", "Somebody who is called is off shift."},
+        {"not_a_station", "Nobody can sign in at that computer."},
+        {"invalid_code", "There is no such code."},
+        {"expired_code", "That code or request has lapsed."},
+        {"in_cooldown", "That member is in a cooldown."},
+        {"too_many_attempts", "Too many attempts. Wait a moment and try again."},
+    }};
+    if (refusal.message.empty()) {
+        const auto found = std::ranges::find(sentences, std::string_view(refusal.code),
+                                             &std::pair<std::string_view, std::string_view>::first);
+        refusal.message = found == sentences.end() ? "The office refused: " + refusal.code + "." : found->second;
+    }
+    return refusal;
+}
+
 namespace refusals {
 
 Refusal badRequest(std::string message) {
@@ -30,6 +53,9 @@ Refusal conflict(std::string code, std::string message) {
 }
 Refusal invalidToken() {
     return {401, "invalid_token", "This computer is not linked to an office.", std::nullopt};
+}
+Refusal unknownProgram() {
+    return {403, "unknown_program", "This office pairs only with programs that it knows.", std::nullopt};
 }
 Refusal invalidCode() {
     return {404, "invalid_code", {}, std::nullopt};

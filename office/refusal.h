@@ -21,11 +21,15 @@ struct Refusal {
 /// The error envelope.
 [[nodiscard]] Answer refuse(const Refusal& refusal);
 
+/// With a sentence in any case. Codes for which every computer has words of its own come to an admin with these.
+[[nodiscard]] Refusal withSentence(Refusal refusal);
+
 namespace refusals {
 [[nodiscard]] Refusal badRequest(std::string message);
 [[nodiscard]] Refusal notFound(std::string code, std::string message);
 [[nodiscard]] Refusal conflict(std::string code, std::string message);
 [[nodiscard]] Refusal invalidToken();
+[[nodiscard]] Refusal unknownProgram();
 [[nodiscard]] Refusal invalidCode();
 [[nodiscard]] Refusal expiredCode();
 [[nodiscard]] Refusal tooManyAttempts();

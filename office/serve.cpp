@@ -55,6 +55,13 @@ int serve(const Serve& order, std::ostream& output, std::ostream& errors) {
                               : "The sample practice cannot be kept in " + order.database.string() + ".");
         }
     }
+    if (order.appCheckFile) {
+        auto appCheck = readLine(*order.appCheckFile);
+        if (!appCheck || appCheck->empty()) {
+            return failed(appCheck ? "The file " + order.appCheckFile->string() + " is empty." : appCheck.error());
+        }
+        (*office)->requireAppCheck(std::move(*appCheck));
+    }
     const auto token = adminToken(adminTokenFileOf(order.database), random);
     if (!token) {
         return failed(token.error());
@@ -63,22 +70,25 @@ int serve(const Serve& order, std::ostream& output, std::ostream& errors) {
     // A log that nobody reads any more is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
     boost::asio::io_context context(1);
-    auto server = Server::listen(context, **office,
-                                 {.address = order.address,
-                                  .port = order.port,
-                                  .adminToken = *token,
-                                  .now = wallNow,
-                                  .log = [&errors, quiet = order.quiet](const std::string& line) {
-                                      if (!quiet) {
-                                          errors << line << '\n';
-                                      }
-                                  }});
+    auto server = Server::listen(
+        context, **office,
+        {.address = order.address,
+         .port = order.port,
+         .adminToken = *token,
+         .certificate = order.certificate ? std::optional(Certificate{*order.certificate, *order.key}) : std::nullopt,
+         .console = order.console,
+         .now = wallNow,
+         .log = [&errors, quiet = order.quiet](const std::string& line) {
+             if (!quiet) {
+                 errors << line << '\n';
+             }
+         }});
     if (!server) {
         return failed(server.error());
     }
     const bool six = order.address.contains(':');
-    const std::string url =
-        "http://" + (six ? "[" + order.address + "]" : order.address) + ":" + std::to_string((*server)->port());
+    const std::string url = (order.certificate ? "https://" : "http://") +
+                            (six ? "[" + order.address + "]" : order.address) + ":" + std::to_string((*server)->port());
     const std::filesystem::path addressFile = addressFileOf(order.database);
     if (const auto written = writePrivateFile(addressFile, url + "\n"); !written) {
         return failed(written.error());

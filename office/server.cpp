@@ -1,11 +1,16 @@
 #include "office/server.h"
 
+#include "office/console_guard.h"
+#include "office/http_forms.h"
+#include "office/json_text.h"
+#include "office/network_stream.h"
 #include "office/real_time_channel.h"
 #include "office/refusal.h"
 #include "office/secrets.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <string_view>
 
@@ -15,6 +20,7 @@
 #include <boost/asio/detached.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/http.hpp>
@@ -33,64 +39,26 @@ constexpr auto awaited = asio::as_tuple(asio::use_awaitable);
 constexpr std::uint32_t largestHeader = 16 * 1024;
 constexpr std::uint64_t largestBody = 64 * 1024;
 constexpr std::uint64_t largestReportBody = 1024 * 1024;
-constexpr std::size_t largestRefusedBody = 16U << 20U;
 constexpr std::size_t mostConnections = 512;
 constexpr seconds idleLimit{75};
 constexpr seconds requestLimit{30};
 constexpr std::uint16_t goingAway = 1001;
 constexpr std::string_view socketPath = "/api/v1/ws";
 constexpr std::string_view adminRoot = "/admin/";
+constexpr std::string_view adminOrders = "/admin/v1/";
+constexpr std::string_view consoleOrders = "/console/v1/";
+constexpr std::string_view consoleSocket = "/console/v1/live";
+constexpr milliseconds consoleRhythm{25};
+/// Channels without a computer: the consoles.
+const std::string nobody;
+constexpr std::string_view appCheckHeader = "X-ZVT-AppCheck-Token";
 constexpr std::string_view reportPath = "/api/v1/crash-reports";
 
-using HttpRequest = http::request<http::string_body>;
-using HttpResponse = http::response<http::string_body>;
 using Parser = http::request_parser<http::string_body>;
-
-std::string_view view(beast::string_view text) {
-    return {text.data(), text.size()};
-}
-
-std::string_view pathOf(const HttpRequest& request) {
-    const std::string_view target = view(request.target());
-    return target.substr(0, target.find('?'));
-}
-
-std::string bearerOf(const HttpRequest& request) {
-    constexpr std::string_view scheme = "Bearer ";
-    const std::string_view header = view(request[http::field::authorization]);
-    return header.size() > scheme.size() && beast::iequals(header.substr(0, scheme.size()), scheme)
-               ? std::string(header.substr(scheme.size()))
-               : std::string();
-}
-
-HttpResponse responseOf(const Answer& answer, unsigned version, bool keepAlive) {
-    HttpResponse response(static_cast<http::status>(answer.status), version);
-    response.set(http::field::content_type, "application/json");
-    response.set(http::field::cache_control, "no-store");
-    response.keep_alive(keepAlive);
-    response.body() = answer.body;
-    response.prepare_payload();
-    return response;
-}
 
 Answer routed(Answer answer, std::string_view route) {
     answer.route = route;
     return answer;
-}
-
-/// What a request that could not be read gets to hear; nothing where nobody listens any more.
-std::optional<Answer> answerToFault(boost::system::error_code error) {
-    if (error == http::error::body_limit) {
-        return refuse({413, "too_large", "The request is too large.", std::nullopt});
-    }
-    if (error == http::error::header_limit || error == http::error::buffer_overflow) {
-        return refuse({431, "too_large", "The request's header is too large.", std::nullopt});
-    }
-    if (error.category() == http::make_error_code(http::error::bad_method).category() &&
-        error != http::error::end_of_stream && error != http::error::partial_message) {
-        return refuse(refusals::badRequest("This is no request that the office understands."));
-    }
-    return std::nullopt;
 }
 
 }  // namespace
@@ -98,13 +66,20 @@ std::optional<Answer> answerToFault(boost::system::error_code error) {
 class Server::Hall : public std::enable_shared_from_this<Hall> {
 public:
     Hall(asio::io_context& context, Office& office, ServerOptions options)
-        : office_(office), options_(std::move(options)), acceptor_(context), ticker_(context) {}
+        : office_(office), options_(std::move(options)), acceptor_(context), ticker_(context), consoleTimer_(context) {}
 
     [[nodiscard]] std::expected<void, std::string> listen() {
         boost::system::error_code error;
         const auto address = asio::ip::make_address(options_.address, error);
         if (error) {
             return std::unexpected("\"" + options_.address + "\" is no network address.");
+        }
+        if (options_.certificate) {
+            auto context = tlsContext(*options_.certificate);
+            if (!context) {
+                return std::unexpected(context.error());
+            }
+            tls_ = std::move(*context);
         }
         const tcp::endpoint endpoint(address, options_.port);
         const std::string place = options_.address + " port " + std::to_string(options_.port);
@@ -137,18 +112,19 @@ public:
         boost::system::error_code error;
         acceptor_.close(error);
         ticker_.cancel();
+        consoleTimer_.cancel();
         carryOutPending();
         for (beast::tcp_stream* visitor : idle_) {
             visitor->cancel();
         }
-        const auto channels = channels_;
-        for (const auto& [deviceId, channel] : channels) {
+        for (const auto& [deviceId, channel] : Channels(channels_)) {
             channel->close(goingAway);
         }
     }
 
 private:
     using Self = std::shared_ptr<Hall>;
+    using Channels = std::multimap<std::string, std::shared_ptr<RealTimeChannel>>;
 
     static asio::awaitable<void> acceptAll(Self self) {
         while (!self->stopping_) {
@@ -162,8 +138,8 @@ private:
                 co_await pause.async_wait(awaited);
             } else if (self->connections_ + self->channels_.size() < mostConnections) {
                 socket.set_option(tcp::no_delay(true), error);
-                asio::co_spawn(self->acceptor_.get_executor(), converse(self, beast::tcp_stream(std::move(socket))),
-                               asio::detached);
+                asio::co_spawn(self->acceptor_.get_executor(),
+                               converse(self, NetworkStream(std::move(socket), self->tls_.get())), asio::detached);
             }
         }
     }
@@ -189,24 +165,25 @@ private:
     }
 
     /// The requests of one connection, one after the other.
-    static asio::awaitable<void> converse(Self self, beast::tcp_stream stream) {
+    static asio::awaitable<void> converse(Self self, NetworkStream stream) {
         ++self->connections_;
         beast::flat_buffer buffer;
-        bool goesOn = true;
+        bool goesOn = co_await shakeHands(self, stream);
         while (goesOn && !self->stopping_) {
             Parser parser;
             parser.header_limit(largestHeader);
             parser.body_limit(largestReportBody);
 
-            self->idle_.insert(&stream);
-            stream.expires_after(idleLimit);
+            self->idle_.insert(&stream.next_layer());
+            stream.next_layer().expires_after(idleLimit);
             auto [error, ignored] = co_await http::async_read_header(stream, buffer, parser, awaited);
-            self->idle_.erase(&stream);
-            stream.expires_after(requestLimit);
+            self->idle_.erase(&stream.next_layer());
+            stream.next_layer().expires_after(requestLimit);
             if (!error) {
                 error = limitBody(parser);
             }
-            if (!error && beast::websocket::is_upgrade(parser.get()) && pathOf(parser.get()) == socketPath) {
+            const std::string_view path = pathOf(parser.get());
+            if (!error && beast::websocket::is_upgrade(parser.get()) && (path == socketPath || path == consoleSocket)) {
                 goesOn = co_await upgrade(self, stream, parser.release());
                 continue;
             }
@@ -228,9 +205,15 @@ private:
             }
             goesOn = co_await answer(self, stream, parser.release());
         }
-        boost::system::error_code ignored;
-        stream.socket().shutdown(tcp::socket::shutdown_both, ignored);
+        co_await sayGoodbye(stream);
         --self->connections_;
+    }
+
+    static asio::awaitable<bool> shakeHands(Self self, NetworkStream& stream) {
+        self->idle_.insert(&stream.next_layer());
+        const bool done = co_await handshake(stream);
+        self->idle_.erase(&stream.next_layer());
+        co_return done;
     }
 
     /// Holds a body to the limit of its address.
@@ -241,20 +224,12 @@ private:
         return length && *length > limit ? http::make_error_code(http::error::body_limit) : boost::system::error_code();
     }
 
-    /// Reads away what a refused visitor still sends: closing at once would take the answer back from him.
-    static asio::awaitable<void> drain(beast::tcp_stream& stream) {
-        boost::system::error_code error;
-        stream.socket().shutdown(tcp::socket::shutdown_send, error);
-        stream.expires_after(seconds{2});
-        std::array<char, 16 * 1024> bytes{};
-        for (std::size_t read = 0; read < largestRefusedBody && !error;) {
-            std::size_t count = 0;
-            std::tie(error, count) = co_await stream.async_read_some(asio::buffer(bytes), awaited);
-            read += count;
+    static asio::awaitable<bool> answer(Self self, NetworkStream& stream, HttpRequest request) {
+        if (const ConsoleFile* file = self->consoleFileFor(stream, request)) {
+            HttpResponse response = responseOf(*file, request.version(), request.keep_alive());
+            const auto [error, written] = co_await http::async_write(stream, response, awaited);
+            co_return !error && response.keep_alive();
         }
-    }
-
-    static asio::awaitable<bool> answer(Self self, beast::tcp_stream& stream, HttpRequest request) {
         Answer answer = self->decide(stream, request);
         self->log(view(request.method_string()), answer);
         // Queued, so that the one who asked has the answer before everybody hears of it.
@@ -264,13 +239,50 @@ private:
         co_return !error && response.keep_alive();
     }
 
-    [[nodiscard]] Answer decide(beast::tcp_stream& stream, HttpRequest& request) {
+    [[nodiscard]] std::optional<Refusal> refusedAtConsole(NetworkStream& stream, const HttpRequest& request,
+                                                          bool reads) const {
         boost::system::error_code error;
+        const auto peer = stream.next_layer().socket().remote_endpoint(error).address();
+        return office::refusedAtConsole({.fromThisMachine = !error && peer.is_loopback(),
+                                         .encrypted = tls_ != nullptr,
+                                         .reads = reads,
+                                         .hasBody = !request.body().empty(),
+                                         .host = headerOf(request, "Host").value_or(std::string()),
+                                         .origin = headerOf(request, "Origin"),
+                                         .fetchSite = headerOf(request, "Sec-Fetch-Site"),
+                                         .contentType = headerOf(request, "Content-Type")});
+    }
+
+    /// The page or a part of it, if that is asked for by somebody who may have it.
+    [[nodiscard]] const ConsoleFile* consoleFileFor(NetworkStream& stream, const HttpRequest& request) const {
+        if (!options_.console || request.method() != http::verb::get || refusedAtConsole(stream, request, true)) {
+            return nullptr;
+        }
+        return consoleFileAt(pathOf(request));
+    }
+
+    [[nodiscard]] Answer obeyConsole(NetworkStream& stream, Request& asked, const HttpRequest& request) {
+        if (const auto refusal = refusedAtConsole(stream, request, false)) {
+            return routed(refuse(*refusal), consoleOrders);
+        }
+        asked.path.replace(0, consoleOrders.size(), adminOrders);
+        Answer answer = office_.administer(asked, options_.now());
+        answer.route.replace(0, adminOrders.size(), consoleOrders);
+        return answer;
+    }
+
+    [[nodiscard]] Answer decide(NetworkStream& stream, HttpRequest& request) {
+        boost::system::error_code error;
+        const auto peer = stream.next_layer().socket().remote_endpoint(error).address();
         Request asked{.method = std::string(view(request.method_string())),
                       .path = std::string(pathOf(request)),
                       .token = bearerOf(request),
-                      .body = std::move(request.body()),
-                      .peer = stream.socket().remote_endpoint(error).address().to_string()};
+                      .body = request.body(),
+                      .peer = peer.to_string(),
+                      .appCheck = headerOf(request, appCheckHeader).value_or(std::string())};
+        if (options_.console && asked.path.starts_with(consoleOrders)) {
+            return obeyConsole(stream, asked, request);
+        }
         if (!asked.path.starts_with(adminRoot)) {
             return office_.handle(asked, options_.now());
         }
@@ -282,18 +294,21 @@ private:
     }
 
     /// True if the connection stays one of requests, because the upgrade was refused.
-    static asio::awaitable<bool> upgrade(Self self, beast::tcp_stream& stream, HttpRequest request) {
+    static asio::awaitable<bool> upgrade(Self self, NetworkStream& stream, HttpRequest request) {
         // The snapshot must not be older than what this computer would hear next.
         self->carryOutPending();
-        SocketAnswer opened = self->office_.socketOpened(bearerOf(request), self->options_.now());
-        Answer answer{.status = opened.status, .body = opened.body, .route = std::string(socketPath), .effects = {}};
+        SocketAnswer opened = pathOf(request) == consoleSocket
+                                  ? self->consoleOpened(stream, request)
+                                  : self->office_.socketOpened(bearerOf(request), self->options_.now());
+        Answer answer{
+            .status = opened.status, .body = opened.body, .route = std::string(pathOf(request)), .effects = {}};
         self->log("GET", answer);
         if (opened.status != 101) {
             HttpResponse response = responseOf(answer, request.version(), request.keep_alive());
             const auto [error, written] = co_await http::async_write(stream, response, awaited);
             co_return !error && response.keep_alive();
         }
-        stream.expires_never();
+        stream.next_layer().expires_never();
         auto channel = std::make_shared<RealTimeChannel>(std::move(stream), opened.deviceId,
                                                          [weak = std::weak_ptr(self)](RealTimeChannel& gone) {
                                                              if (const Self hall = weak.lock()) {
@@ -303,7 +318,52 @@ private:
         self->channels_.emplace(opened.deviceId, channel);
         channel->send(std::make_shared<const std::string>(std::move(opened.frame)));
         channel->accept(request);
+        self->tellConsoles();
         co_return false;
+    }
+
+    [[nodiscard]] SocketAnswer consoleOpened(NetworkStream& stream, const HttpRequest& request) {
+        const auto refusal = options_.console ? refusedAtConsole(stream, request, false)
+                                              : refusals::notFound("not_found", "This office has no console.");
+        if (refusal) {
+            return {.status = refusal->status, .body = refuse(*refusal).body, .deviceId = nobody, .frame = {}};
+        }
+        // What this one gets now, the others may not have yet.
+        lastConsoleFrame_.clear();
+        return {.status = 101, .body = {}, .deviceId = nobody, .frame = consoleFrame()};
+    }
+
+    /// Everything that the console shows. Small enough to be sent whole.
+    [[nodiscard]] std::string consoleFrame() const {
+        std::vector<std::string> connected;
+        for (const auto& [deviceId, channel] : channels_) {
+            if (deviceId != nobody && (connected.empty() || connected.back() != deviceId)) {
+                connected.push_back(deviceId);
+            }
+        }
+        JsonText json;
+        json.object().field("connected", connected).key("office").raw(office_.overview(options_.now())).endObject();
+        return json.take();
+    }
+
+    /// Something may have changed. Many changes in a short time are one frame.
+    void tellConsoles() {
+        if (!channels_.contains(nobody) || consoleDue_ || stopping_) {
+            return;
+        }
+        consoleDue_ = true;
+        consoleTimer_.expires_after(consoleRhythm);
+        consoleTimer_.async_wait([self = shared_from_this()](boost::system::error_code error) {
+            self->consoleDue_ = false;
+            if (error) {
+                return;
+            }
+            const auto frame = std::make_shared<const std::string>(self->consoleFrame());
+            if (*frame != self->lastConsoleFrame_) {
+                self->lastConsoleFrame_ = *frame;
+                self->forEachOf(nobody, [&frame](RealTimeChannel& channel) { channel.send(frame); });
+            }
+        });
     }
 
     void forget(const RealTimeChannel& gone) {
@@ -313,10 +373,12 @@ private:
         if (found != last) {
             channels_.erase(found);
         }
+        tellConsoles();
     }
 
     void queue(std::vector<Effect> effects) {
         ticker_.cancel();  // deadlines may have changed
+        tellConsoles();
         if (effects.empty()) {
             return;
         }
@@ -356,10 +418,14 @@ private:
     ServerOptions options_;
     tcp::acceptor acceptor_;
     asio::steady_timer ticker_;
-    std::multimap<std::string, std::shared_ptr<RealTimeChannel>> channels_;
+    asio::steady_timer consoleTimer_;
+    std::unique_ptr<asio::ssl::context> tls_;
+    Channels channels_;
     std::set<beast::tcp_stream*> idle_;
     std::vector<Effect> pending_;
+    std::string lastConsoleFrame_;
     std::size_t connections_ = 0;
+    bool consoleDue_ = false;
     bool stopping_ = false;
     bool failedTick_ = false;
 };

@@ -4,25 +4,36 @@
 
 #include <cstdint>
 #include <expected>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <boost/asio/io_context.hpp>
 
 namespace zelkovanta::office {
 
+/// Files in PEM form: the certificate with those of the authorities between it and the root, and its key.
+struct Certificate {
+    std::filesystem::path chain;
+    std::filesystem::path key;
+    bool operator==(const Certificate&) const = default;
+};
+
 struct ServerOptions {
     std::string address = "127.0.0.1";
     std::uint16_t port = 0;  ///< 0: any that is free
     std::string adminToken;
+    std::optional<Certificate> certificate = {};  ///< without one nothing is encrypted
+    bool console = true;                          ///< the web console, for browsers on this machine
     std::function<WallTime()> now;
     /// One line for each request that was answered; never a token, a note or a name in it.
     std::function<void(const std::string& line)> log;
 };
 
-/// The office on the network: HTTP with its requests, and the real-time connections. Runs on the one thread that runs
-/// the context, which must outlive it.
+/// The office on the network: HTTP with its requests, the real-time connections, and the web console. Runs on the one
+/// thread that runs the context, which must outlive it.
 class Server {
 public:
     /// Listens at once. Fails with a sentence.
