@@ -19,7 +19,7 @@ function toggle(row, action, name, isOn, [turnOff, turnOn]) {
 function toggleActive(row, name) {
   const isOn = row.item.active !== false;
   row.classList.toggle("off", !isOn);
-  toggle(row, "active", name, isOn, ["Put out of use", "Put into use"]);
+  toggle(row, "active", name, isOn, ["Disable", "Enable"]);
 }
 
 function createRoom() {
@@ -58,6 +58,7 @@ function updateMember(row, member) {
       onShift === false && "off shift", resting && `cooldown ${left(cooldownUntil)}`].filter(Boolean).join(" · "),
   });
   row.querySelector('[data-action="phone"]').setAttribute("aria-label", `Phone of ${name}`);
+  row.querySelector("summary").setAttribute("aria-label", `More about ${name}`);
   row.querySelector('[data-action="phone"]').disabled = member.active === false;
   toggle(row, "shift", name, onShift !== false, ["Off shift", "On shift"]);
   toggle(row, "cooldown", name, resting, ["End cooldown", "Cooldown"]);
