@@ -8,64 +8,45 @@ namespace zelkovanta::server {
 
 namespace {
 
+using platform::textKey;
 using platform::TransportCause;
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 9> sentencesByCode{{
-    {"invalid_code", "That code isn't valid. Check it and try again."},
-    {"expired_code", "That code has expired. Generate a new one in the admin."},
-    {"duplicate_active_signal", "This room already has an active signal."},
-    {"already_cleared", "That signal was already cleared."},
-    {"provider_off_shift", "That doctor is off shift right now."},
-    {"room_required", "Pick a room first."},
-    {"too_many_attempts", "Too many attempts. Wait a moment and try again."},
-    {"not_a_station", "This device can't be signed into."},
-    {"signin_required", "Sign in to use this computer first."},
+    {"invalid_code", textKey("That code isn't valid. Check it and try again.")},
+    {"expired_code", textKey("That code has expired. Generate a new one in the admin.")},
+    {"duplicate_active_signal", textKey("This room already has an active signal.")},
+    {"already_cleared", textKey("That signal was already cleared.")},
+    {"provider_off_shift", textKey("That doctor is off shift right now.")},
+    {"room_required", textKey("Pick a room first.")},
+    {"too_many_attempts", textKey("Too many attempts. Wait a moment and try again.")},
+    {"not_a_station", textKey("This device can't be signed into.")},
+    {"signin_required", textKey("Sign in to use this computer first.")},
 }};
 
 std::string_view sentence(TransportCause cause) {
     switch (cause) {
         case TransportCause::noNetwork:
-            return "This computer has no network connection.";
+            return textKey("This computer has no network connection.");
         case TransportCause::nameNotFound:
-            return "The server's name can't be found. Check the server address.";
+            return textKey("The server's name can't be found. Check the server address.");
         case TransportCause::refused:
-            return "Nothing answers at the server's address. The server may be down for a moment.";
+            return textKey("Nothing answers at the server's address. The server may be down for a moment.");
         case TransportCause::timedOut:
-            return "The server took too long to answer.";
+            return textKey("The server took too long to answer.");
         case TransportCause::certificateRefused:
-            return "The server's certificate can't be trusted, so nothing was sent.";
+            return textKey("The server's certificate can't be trusted, so nothing was sent.");
         case TransportCause::proxyFailed:
-            return "The network's proxy didn't let the connection through.";
+            return textKey("The network's proxy didn't let the connection through.");
         case TransportCause::interrupted:
-            return "The connection to the server broke off.";
+            return textKey("The connection to the server broke off.");
         case TransportCause::tooLarge:
-            return "The server's answer is too large.";
+            return textKey("The server's answer is too large.");
         case TransportCause::badServerResponse:
-            return "What answers at the server's address isn't the server.";
+            return textKey("What answers at the server's address isn't the server.");
         case TransportCause::cancelled:
-            return "The request was given up.";
+            return textKey("The request was given up.");
     }
     std::unreachable();
-}
-
-/// Fills the format words in one pass, so that what is put in is never taken for a format word itself.
-std::string filled(std::string_view format, int status, std::string_view error) {
-    constexpr std::string_view numberWord = "%lld";
-    constexpr std::string_view textWord = "%@";
-    std::string text;
-    while (!format.empty()) {
-        if (format.starts_with(numberWord)) {
-            text += std::to_string(status);
-            format.remove_prefix(numberWord.size());
-        } else if (format.starts_with(textWord)) {
-            text += error;
-            format.remove_prefix(textWord.size());
-        } else {
-            text += format.front();
-            format.remove_prefix(1);
-        }
-    }
-    return text;
 }
 
 struct Describe {
@@ -80,7 +61,7 @@ struct Describe {
         if (known != sentencesByCode.end()) {
             return strings.localized(known->second);
         }
-        return filled(strings.localized("Server error (%lld): %@"), error.code, error.error);
+        return platform::filled(strings.localized("Server error (%lld): %@"), {error.code, error.error});
     }
     std::string operator()(const api_error::InCooldown& error) const {
         return error.message == api_error::cooldownSentence ? strings.localized(api_error::cooldownSentence)

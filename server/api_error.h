@@ -22,7 +22,8 @@ struct BadStatus {
 };
 
 /// Stands in for a cooldown's message where the server sent none. A key of the string table.
-inline constexpr std::string_view cooldownSentence = "You're on a short cooldown after being moved off shift.";
+inline constexpr std::string_view cooldownSentence =
+    platform::textKey("You're on a short cooldown after being moved off shift.");
 
 /// The member may not act yet.
 struct InCooldown {
