@@ -30,8 +30,7 @@ void SimulatedNotificationCenter::setNotificationCategories(std::vector<Notifica
 void SimulatedNotificationCenter::requestAuthorization(AuthorizationOptions options,
                                                        Completion<Authorization> completion) {
     authorizationRequests_.push_back(options);
-    later(answeringDelay,
-          [completion = std::move(completion), result = authorization]() mutable { completion(result); });
+    later({}, [completion = std::move(completion), result = authorization]() mutable { completion(result); });
 }
 
 void SimulatedNotificationCenter::add(NotificationRequest request, Completion<> completion) {
@@ -67,7 +66,7 @@ void SimulatedNotificationCenter::answer(Duration delay, const Requests& request
     for (const auto& [identifier, request] : requests) {
         list.push_back(request);
     }
-    later(answeringDelay,
+    later(delay,
           [list = std::move(list), completion = std::move(completion)]() mutable { completion(std::move(list)); });
 }
 
