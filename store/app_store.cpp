@@ -23,6 +23,7 @@ AppStore::AppStore(Private, const StorePorts& ports, const StoreCollaborators& c
 
 AppStore::~AppStore() {
     setupQrTask_.cancel();
+    signInCodeTask_.cancel();
     if (socket_) {
         socket_->stop();
     }

@@ -106,6 +106,9 @@ public:
     // Station sign-in.
     platform::Awaitable<void> signOutStation();
     void confirmFlexibleRoom(const std::string& roomId);
+    /// Has the server give a code to sign in with, and a new one before each runs out, for as long as somebody keeps
+    /// what this returns: `state().signInCode`. All viewers look at the same code. The result may outlive the store.
+    [[nodiscard]] std::shared_ptr<void> showSignInCode();
     /// The active room that was confirmed last on this workstation; null if there is none. Holds until the state
     /// changes.
     [[nodiscard]] const records::Room* lastUsedFlexibleRoom() const;
@@ -212,6 +215,11 @@ private:
     // app_store_signals.cpp
     platform::Awaitable<void> drainPendingNotificationActions();
 
+    // app_store_sign_in_code.cpp
+    void stopSignInCode();
+    void restartSignInCode();
+    static platform::Awaitable<void> rotateSignInCode(std::weak_ptr<AppStore> weak, platform::CancellationToken token);
+
     // app_store_station.cpp
     void apply(const server::server_message::SessionStarted& message);
     void apply(const server::server_message::SessionEnded& message);
@@ -240,6 +248,8 @@ private:
     bool loginScopeSignOutInFlight_ = false;
     std::unique_ptr<platform::PowerOffNotifications::Observer> powerOffObserver_;
     platform::TaskHandle setupQrTask_;
+    platform::TaskHandle signInCodeTask_;
+    std::weak_ptr<void> signInCodeViewer_;
     std::deque<DesktopSignalNotificationAction> pendingNotificationActions_;
     bool notificationActionInFlight_ = false;
 

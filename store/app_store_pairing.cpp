@@ -1,7 +1,7 @@
-#include "records/base64.h"
 #include "records/server_date.h"
 #include "records/text.h"
 #include "store/app_store.h"
+#include "store/code_reply.h"
 #include "store/settings.h"
 
 #include <cstddef>
@@ -17,8 +17,6 @@ namespace {
 constexpr auto setupCodeLifetime = 270s;
 constexpr auto setupPollInterval = 2s;
 constexpr auto setupRetryDelay = 8s;
-constexpr auto setupRetryDelayWhenThrottled = 30s;
-constexpr int tooManyRequests = 429;
 
 constexpr std::size_t deviceNameLimit = 32;
 constexpr std::string_view unnamedComputer = "Mac";
@@ -26,17 +24,6 @@ constexpr std::string_view fallbackVersion = "1.0.1";
 
 std::string orFallback(std::string text, std::string_view fallback) {
     return text.empty() ? std::string{fallback} : std::move(text);
-}
-
-/// The bytes of an image in a data URL.
-std::optional<std::string> imageFromDataURL(std::string_view dataURL) {
-    constexpr std::string_view marker = "base64,";
-    const auto position = dataURL.find(marker);
-    if (position == std::string_view::npos) {
-        return std::nullopt;
-    }
-    auto bytes = records::decodeBase64(dataURL.substr(position + marker.size()));
-    return bytes && !bytes->empty() ? std::move(bytes) : std::nullopt;
 }
 
 /// The result of an approved setup request; none while anything is missing.
@@ -111,9 +98,9 @@ platform::Awaitable<void> AppStore::runSetupQr(std::weak_ptr<AppStore> weak, pla
         if (!code || !code->claimToken || code->claimToken->empty()) {
             self->assign(StoreField::setupQrError, self->state_.setupQrError,
                          self->ports_.strings.localized("Reconnecting…"));
-            const bool isThrottled = !code && server::isHttpStatus(code.error(), tooManyRequests);
             self.reset();
-            co_await platform::sleepFor(clock, isThrottled ? setupRetryDelayWhenThrottled : setupRetryDelay, token);
+            const platform::Duration wait = code ? setupRetryDelay : retryDelay(code.error(), setupRetryDelay);
+            co_await platform::sleepFor(clock, wait, token);
             continue;
         }
         self->assign(StoreField::setupQrImage, self->state_.setupQrImage, imageFromDataURL(code->qrPng));

@@ -87,6 +87,7 @@ void AppStore::startSession(const records::Url& baseURL, const std::string& toke
     });
     fetchState();
     startSocket();
+    restartSignInCode();
 }
 
 void AppStore::dropSocket() {
@@ -169,6 +170,7 @@ void AppStore::restartRealtime(Refetch refetch) {
     installCrashSender();
     dropSocket();
     startSocket();
+    restartSignInCode();
     if (refetch == Refetch::yes) {
         fetchState();
     }
@@ -222,6 +224,7 @@ void AppStore::resetToUnpaired() {
     ++publicationGeneration_.current;  // First: every reply under way is void from here on.
     dropSocket();
     dropClient();
+    stopSignInCode();
     sessionBaseURL_.reset();
     sessionToken_.reset();
     collaborators_.crash.clearSender();

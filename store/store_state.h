@@ -5,6 +5,7 @@
 #include "server/connection_state.h"
 #include "store/flexible_room.h"
 #include "store/login_scope.h"
+#include "store/sign_in_code.h"
 
 #include <bitset>
 #include <cstddef>
@@ -53,6 +54,7 @@ struct StoreState {
     std::optional<std::string> setupQrExpiresAt;  ///< ISO 8601
     std::optional<std::string> setupQrError;
     std::optional<std::string> setupQrNotice;
+    SignInCode signInCode;
 
     bool hasAuthenticatedSnapshot = false;  ///< a snapshot of this session has been applied
 };
@@ -76,8 +78,9 @@ enum class StoreField : std::uint8_t {
     setupQrExpiresAt,
     setupQrError,
     setupQrNotice,
+    signInCode,
 };
-inline constexpr std::size_t storeFieldCount = static_cast<std::size_t>(StoreField::setupQrNotice) + 1;
+inline constexpr std::size_t storeFieldCount = static_cast<std::size_t>(StoreField::signInCode) + 1;
 
 class StoreChanges {
 public:
