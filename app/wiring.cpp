@@ -22,7 +22,10 @@ records::Url defaultServerURL() {
 }  // namespace
 
 Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
-    : host_(settings), keyStore_(host_.keyStore(), settings.profile), store_(startStore()) {
+    : host_(settings),
+      keyStore_(host_.keyStore(), settings.profile),
+      strings_(settings.resources, settings.environment),
+      store_(startStore()) {
     QCoreApplication::installTranslator(&translator_);
     page_ = std::make_unique<screens::qml::PageModel>(store_, host_.mainThread().executor(), host_.clock(), strings_);
     mainWindow_.setPage(*page_);

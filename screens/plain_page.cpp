@@ -221,7 +221,7 @@ private:
         } else if (signal.providerId) {
             add(*signal.providerId);
         }
-        return names.empty() ? "" : word("for") + " " + names;
+        return names.empty() ? "" : platform::filled(word("for %@"), {names});
     }
 
     const StoreState& state_;

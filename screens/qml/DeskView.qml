@@ -60,7 +60,7 @@ ColumnLayout {
 
         Caption {
             Layout.fillWidth: true
-            text: qsTr("Signed in · ") + desk.page.signedInName
+            text: qsTr("Signed in · %@").split("%@").join(desk.page.signedInName)
             font.pixelSize: Theme.textSize
         }
         AppButton {

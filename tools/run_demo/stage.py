@@ -134,8 +134,9 @@ class Stage:
         if not number:
             raise DemoError("The virtual display (Xvfb) did not begin: " +
                             self.processes.log_of("display").strip().replace("\n", " "))
-        self.environment.update(DISPLAY=f":{number}", QT_QPA_PLATFORM="xcb")
-        for name in ("WAYLAND_DISPLAY", "XAUTHORITY"):
+        # Who looks here is a program, and it looks for English words, whatever language this computer speaks.
+        self.environment.update(DISPLAY=f":{number}", QT_QPA_PLATFORM="xcb", LC_ALL="C.UTF-8")
+        for name in ("WAYLAND_DISPLAY", "XAUTHORITY", "LANGUAGE"):
             self.environment.pop(name, None)
 
     def start_screen_in_file(self, width, height):
