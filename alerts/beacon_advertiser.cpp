@@ -2,7 +2,7 @@
 
 #include "records/text.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <utility>
 
 namespace zelkovanta::alerts {
@@ -11,21 +11,15 @@ namespace {
 
 using platform::PeripheralManagerState;
 
-/// The text in the form that the host takes: "8-4-4-4-12" in lower case.
-std::optional<std::string> serviceUUIDFrom(std::string_view text) {
+bool isHexDigit(char character) {
+    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
+           (character >= 'A' && character <= 'F');
+}
+
+bool isUUID(std::string_view text) {
     constexpr std::string_view form = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string uuid = records::lowercased(text);
-    if (uuid.size() != form.size()) {
-        return std::nullopt;
-    }
-    for (std::size_t index = 0; index < form.size(); ++index) {
-        const bool isHyphen = uuid[index] == '-';
-        if (form[index] == '-' ? !isHyphen : digits.find(uuid[index]) == std::string_view::npos) {
-            return std::nullopt;
-        }
-    }
-    return uuid;
+    return std::ranges::equal(
+        text, form, [](char given, char expected) { return expected == '-' ? given == '-' : isHexDigit(given); });
 }
 
 }  // namespace
@@ -36,8 +30,8 @@ std::shared_ptr<BeaconAdvertiser> BeaconAdvertiser::make(platform::PeripheralMan
 
 void BeaconAdvertiser::arm(std::string_view beaconUUID) {
     stop();
-    serviceUUID_ = serviceUUIDFrom(beaconUUID);
-    if (serviceUUID_) {
+    if (isUUID(beaconUUID)) {
+        serviceUUID_ = records::lowercased(beaconUUID);
         manager_ = managers_.make(weak_from_this());
         startAdvertisingIfPossible();
     }

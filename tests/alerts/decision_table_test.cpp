@@ -31,7 +31,7 @@ struct Case {
 
 enum class Place { anyRoomWillDo, mustBeConfirmed };
 enum class Person { nobody, bound, signedIn };
-enum class Reach { me, others, everyone };
+enum class Reach { theMember, others, everyone };
 
 template <class Meaning>
 struct Choice {
@@ -62,16 +62,16 @@ const std::vector<Choice<bool>> rooms{
 };
 const std::vector<Choice<Reach>> addressings{
     {"an empty list", [](Case& one) { one.signal.providerIds.emplace(); }, Reach::others},
-    {"a list of me", [](Case& one) { one.signal.providerIds = {{me}}; }, Reach::me},
-    {"a list with me", [](Case& one) { one.signal.providerIds = {{colleague, me}}; }, Reach::me},
+    {"a list of me", [](Case& one) { one.signal.providerIds = {{me}}; }, Reach::theMember},
+    {"a list with me", [](Case& one) { one.signal.providerIds = {{colleague, me}}; }, Reach::theMember},
     {"a list of others", [](Case& one) { one.signal.providerIds = {{colleague, "member-3"}}; }, Reach::others},
     {"a list of others, and me", [](Case& one) { one.signal.providerIds = {{colleague}}, one.signal.providerId = me; },
      Reach::others},
     {"a list of me, and another", [](Case& one) { one.signal.providerIds = {{me}}, one.signal.providerId = colleague; },
-     Reach::me},
-    {"me", [](Case& one) { one.signal.providerId = me; }, Reach::me},
+     Reach::theMember},
+    {"me", [](Case& one) { one.signal.providerId = me; }, Reach::theMember},
     {"me and a department", [](Case& one) { one.signal.providerId = me, one.signal.toDepartment = "assistant"; },
-     Reach::me},
+     Reach::theMember},
     {"another", [](Case& one) { one.signal.providerId = colleague; }, Reach::others},
     {"anyone", [](Case&) {}, Reach::everyone},
     {"the providers", [](Case& one) { one.signal.toDepartment = "provider"; }, Reach::everyone},
@@ -133,7 +133,7 @@ std::size_t rowsOf(const Choice<Place>& role, const Choice<Person>& person, cons
         shift.apply(one);
         for (const auto& department : departments) {
             department.apply(one);
-            const bool isMeant = addressing.meaning == Reach::me ||
+            const bool isMeant = addressing.meaning == Reach::theMember ||
                                  (addressing.meaning == Reach::everyone && shift.meaning && department.meaning);
             for (const auto& requester : requesters) {
                 requester.apply(one);

@@ -26,6 +26,10 @@ using support::makeSignalWithNote;
 
 const platform::KeysAsTexts keys;
 
+std::optional<NotificationSound> clip(std::string file) {
+    return SoundFile{std::move(file)};
+}
+
 struct NewSignalTest : testing::Test {
     store::StoreState state = stateOfMember();
     Member& me = state.members.front();
@@ -114,15 +118,15 @@ TEST_F(NewSignalTest, whoeverIsNotToBeDisturbedOrHasAlertsOffIsLeftAloneAndStill
 TEST_F(NewSignalTest, theSoundIsTheMembersChoiceOrTheChime) {
     EXPECT_EQ(soundWith("none"), std::nullopt);
     for (const std::string name : {"chime", "bell", "blip", "pulse"}) {
-        EXPECT_EQ(soundWith(name), SoundFile{name + ".caf"});
+        EXPECT_EQ(soundWith(name), clip(name + ".caf"));
     }
     for (const std::string name : {"default", "", "Bell", "gong", "bell ", "bell.caf", "../../etc/passwd", "None"}) {
-        EXPECT_EQ(soundWith(name), SoundFile{"chime.caf"}) << name;
+        EXPECT_EQ(soundWith(name), clip("chime.caf")) << name;
     }
     me.desktopAlerts = DesktopAlerts{};
-    EXPECT_EQ(contentFor(makeSignal("s")).sound, SoundFile{"chime.caf"});
+    EXPECT_EQ(contentFor(makeSignal("s")).sound, clip("chime.caf"));
     me.desktopAlerts.reset();
-    EXPECT_EQ(contentFor(makeSignal("s")).sound, SoundFile{"chime.caf"});
+    EXPECT_EQ(contentFor(makeSignal("s")).sound, clip("chime.caf"));
 }
 
 TEST_F(NewSignalTest, theStatusOfTheSignalPlaysNoPart) {

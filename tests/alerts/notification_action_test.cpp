@@ -36,9 +36,9 @@ TEST(ActionFromResponse, eachButtonHasItsWord) {
 }
 
 TEST(ActionFromResponse, nothingElseThatAPersonDoesIsAnAction) {
-    for (const std::string action : {std::string{platform::notification_action::defaultAction},
-                                     std::string{platform::notification_action::dismissal}, std::string{},
-                                     std::string{"onmyway"}, std::string{"DONE "}, std::string{"acknowledge"}}) {
+    for (const std::string& action : {std::string{platform::notification_action::defaultAction},
+                                      std::string{platform::notification_action::dismissal}, std::string{},
+                                      std::string{"onmyway"}, std::string{"DONE "}, std::string{"acknowledge"}}) {
         EXPECT_EQ(press(action), std::nullopt) << action;
     }
 }

@@ -106,7 +106,8 @@ TEST_F(NotificationServiceTest, theSameSignalAgainReplacesItsNotification) {
     create("s", {"s"});
     settle();
     ASSERT_THAT(shown(), ElementsAre("zelkovanta.signal.s"));
-    EXPECT_EQ(center.delivered().begin()->second->content.sound, platform::SoundFile{"bell.caf"});
+    EXPECT_EQ(center.delivered().begin()->second->content.sound,
+              platform::NotificationSound{platform::SoundFile{"bell.caf"}});
 }
 
 TEST_F(NotificationServiceTest, aSignalThatIsOverIsTakenBack) {
@@ -268,7 +269,7 @@ TEST_F(NotificationServiceTest, aRoomIsToldOfEachStepOnItsOwn) {
     for (const auto& [identifier, request] : center.delivered()) {
         EXPECT_THAT(identifier,
                     testing::MatchesRegex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}"));
-        EXPECT_EQ(request->content.sound, platform::DefaultSound{});
+        EXPECT_EQ(request->content.sound, platform::NotificationSound{platform::DefaultSound{}});
         EXPECT_THAT(request->content.userInfo, IsEmpty());
         EXPECT_EQ(request->content.categoryIdentifier, "");
     }
