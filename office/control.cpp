@@ -1,5 +1,6 @@
 #include "office/control.h"
 
+#include "office/certificate.h"
 #include "office/host.h"
 #include "office/json_text.h"
 
@@ -19,6 +20,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
+#include <boost/asio/ssl.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -29,6 +31,7 @@ namespace zelkovanta::office {
 namespace {
 
 namespace asio = boost::asio;
+namespace ssl = boost::asio::ssl;
 namespace json = boost::json;
 using asio::ip::tcp;
 
@@ -44,6 +47,8 @@ struct Place {
     std::string host;
     std::string port;
     std::string adminToken;
+    bool encrypted = false;
+    std::string certificateDigest;  ///< empty: what the host's authorities say counts
 };
 
 Result<Place> placeOf(const Whereabouts& office) {
@@ -51,11 +56,12 @@ Result<Place> placeOf(const Whereabouts& office) {
     if (office.server) {
         place.url = *office.server;
     } else {
-        const auto line = readLine(addressFileOf(*office.database));
-        if (!line) {
+        const auto lines = readLines(addressFileOf(*office.database));
+        if (!lines || lines->empty()) {
             return Fault("No office runs on " + office.database->string() + ".");
         }
-        place.url = *line;
+        place.url = lines->front();
+        place.certificateDigest = lines->size() > 1 ? (*lines)[1] : std::string();
     }
     const auto token = readLine(office.adminTokenFile ? *office.adminTokenFile : adminTokenFileOf(*office.database));
     if (!token) {
@@ -63,16 +69,17 @@ Result<Place> placeOf(const Whereabouts& office) {
     }
     place.adminToken = *token;
 
-    constexpr std::string_view scheme = "http://";
     std::string_view rest = place.url;
-    if (!rest.starts_with(scheme)) {
+    place.encrypted = rest.starts_with("https://");
+    if (!place.encrypted && !rest.starts_with("http://")) {
         return Fault("\"" + place.url + "\" is no http address.");
     }
-    rest.remove_prefix(scheme.size());
+    rest.remove_prefix(rest.find("//") + 2);
     rest = rest.substr(0, rest.find('/'));
     const auto colon = rest.rfind(':');
     place.host = rest.substr(0, colon);
-    place.port = colon == std::string_view::npos ? "80" : std::string(rest.substr(colon + 1));
+    place.port =
+        colon == std::string_view::npos ? (place.encrypted ? "443" : "80") : std::string(rest.substr(colon + 1));
     if (place.host.starts_with('[') && place.host.ends_with(']')) {
         place.host = place.host.substr(1, place.host.size() - 2);
     }
@@ -84,10 +91,21 @@ struct Reply {
     std::string body;
 };
 
-/// Sends the request on a connection of its own and reads what comes until the office closes it.
+constexpr auto awaited = asio::as_tuple(asio::use_awaitable);
+
+/// Sends the request and reads what comes until the office closes the connection.
+template <class Stream>
+asio::awaitable<boost::system::error_code> askOver(Stream& stream, const std::string& request, std::string& answer) {
+    auto [error, count] = co_await asio::async_write(stream, asio::buffer(request), awaited);
+    if (!error) {
+        std::tie(error, count) = co_await asio::async_read(stream, asio::dynamic_buffer(answer), awaited);
+    }
+    co_return error == asio::error::eof ? boost::system::error_code() : error;
+}
+
+/// The same on a connection of its own.
 asio::awaitable<boost::system::error_code> converse(const Place& place, const std::string& request,
                                                     std::string& answer) {
-    constexpr auto awaited = asio::as_tuple(asio::use_awaitable);
     const auto executor = co_await asio::this_coro::executor;
     tcp::resolver resolver(executor);
     auto [error, endpoints] = co_await resolver.async_resolve(place.host, place.port, awaited);
@@ -96,13 +114,27 @@ asio::awaitable<boost::system::error_code> converse(const Place& place, const st
     }
     tcp::socket socket(executor);
     std::tie(error, std::ignore) = co_await asio::async_connect(socket, endpoints, awaited);
-    if (!error) {
-        std::tie(error, std::ignore) = co_await asio::async_write(socket, asio::buffer(request), awaited);
+    if (error) {
+        co_return error;
     }
-    if (!error) {
-        std::tie(error, std::ignore) = co_await asio::async_read(socket, asio::dynamic_buffer(answer), awaited);
+    if (!place.encrypted) {
+        co_return co_await askOver(socket, request, answer);
     }
-    co_return error == asio::error::eof ? boost::system::error_code() : error;
+    ssl::context context(ssl::context::tls_client);
+    context.set_default_verify_paths(error);
+    ssl::stream<tcp::socket> stream(std::move(socket), context);
+    if (place.certificateDigest.empty()) {
+        stream.set_verify_mode(ssl::verify_peer);
+        stream.set_verify_callback(ssl::host_name_verification(place.host));
+    }
+    std::tie(error) = co_await stream.async_handshake(ssl::stream_base::client, awaited);
+    if (!error && !place.certificateDigest.empty() && digestOfPeer(stream.native_handle()) != place.certificateDigest) {
+        error = asio::error::access_denied;
+    }
+    if (error) {
+        co_return error;
+    }
+    co_return co_await askOver(stream, request, answer);
 }
 
 Result<Reply> exchange(const Place& place, const Control& order) {
@@ -190,7 +222,8 @@ int control(const Control& order, std::ostream& output, std::ostream& errors) {
     if (!content) {
         return failed(errors, content.error());
     }
-    if (const json::array* waiting = waitingIn(*content)) {
+    const json::array* waiting = order.path.ends_with("/waiting") ? waitingIn(*content) : nullptr;
+    if (waiting != nullptr) {
         for (const json::value& each : *waiting) {
             output << textAt(each, "request") << '\t' << textAt(each, "name") << '\t' << textAt(each, "createdAt")
                    << '\n';

@@ -43,13 +43,24 @@ std::expected<void, std::string> writePrivateFile(const std::filesystem::path& f
     return {};
 }
 
-std::expected<std::string, std::string> readLine(const std::filesystem::path& file) {
+std::expected<std::vector<std::string>, std::string> readLines(const std::filesystem::path& file) {
     std::ifstream stream(file);
-    std::string line;
-    if (!stream || !std::getline(stream, line)) {
+    if (!stream) {
         return std::unexpected("The file " + file.string() + " cannot be read.");
     }
-    return line;
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+std::expected<std::string, std::string> readLine(const std::filesystem::path& file) {
+    auto lines = readLines(file);
+    if (!lines || lines->empty()) {
+        return std::unexpected("The file " + file.string() + " cannot be read.");
+    }
+    return std::move(lines->front());
 }
 
 }  // namespace zelkovanta::office

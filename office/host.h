@@ -6,6 +6,7 @@
 #include <expected>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 // The few things that the office's program takes from its host.
 namespace zelkovanta::office {
@@ -21,7 +22,9 @@ public:
 /// Replaces a file by one that only its owner can read. Fails with a sentence.
 [[nodiscard]] std::expected<void, std::string> writePrivateFile(const std::filesystem::path& file,
                                                                 std::string_view content);
-/// The first line of a small file. Fails with a sentence.
+/// The lines of a small file. Fails with a sentence.
+[[nodiscard]] std::expected<std::vector<std::string>, std::string> readLines(const std::filesystem::path& file);
+/// The first of them. Fails with a sentence where there is none.
 [[nodiscard]] std::expected<std::string, std::string> readLine(const std::filesystem::path& file);
 
 }  // namespace zelkovanta::office

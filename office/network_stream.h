@@ -1,6 +1,6 @@
 #pragma once
 
-#include "office/server.h"
+#include "office/certificate.h"
 
 #include <cstddef>
 #include <expected>

@@ -67,30 +67,40 @@ int serve(const Serve& order, std::ostream& output, std::ostream& errors) {
         return failed(token.error());
     }
 
+    std::optional<Certificate> certificate;
+    std::string digest;
+    if (order.certificate && order.key) {
+        certificate = {*order.certificate, *order.key};
+        const auto found = digestOf(*certificate);
+        if (!found) {
+            return failed(found.error());
+        }
+        digest = *found + "\n";
+    }
+
     // A log that nobody reads any more is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
     boost::asio::io_context context(1);
-    auto server = Server::listen(
-        context, **office,
-        {.address = order.address,
-         .port = order.port,
-         .adminToken = *token,
-         .certificate = order.certificate ? std::optional(Certificate{*order.certificate, *order.key}) : std::nullopt,
-         .console = order.console,
-         .now = wallNow,
-         .log = [&errors, quiet = order.quiet](const std::string& line) {
-             if (!quiet) {
-                 errors << line << '\n';
-             }
-         }});
+    auto server = Server::listen(context, **office,
+                                 {.address = order.address,
+                                  .port = order.port,
+                                  .adminToken = *token,
+                                  .certificate = certificate,
+                                  .console = order.console,
+                                  .now = wallNow,
+                                  .log = [&errors, quiet = order.quiet](const std::string& line) {
+                                      if (!quiet) {
+                                          errors << line << '\n';
+                                      }
+                                  }});
     if (!server) {
         return failed(server.error());
     }
     const bool six = order.address.contains(':');
-    const std::string url = (order.certificate ? "https://" : "http://") +
-                            (six ? "[" + order.address + "]" : order.address) + ":" + std::to_string((*server)->port());
+    const std::string url = (certificate ? "https://" : "http://") + (six ? "[" + order.address + "]" : order.address) +
+                            ":" + std::to_string((*server)->port());
     const std::filesystem::path addressFile = addressFileOf(order.database);
-    if (const auto written = writePrivateFile(addressFile, url + "\n"); !written) {
+    if (const auto written = writePrivateFile(addressFile, url + "\n" + digest); !written) {
         return failed(written.error());
     }
 
@@ -104,6 +114,9 @@ int serve(const Serve& order, std::ostream& output, std::ostream& errors) {
         }
     });
     output << "listening on " << url << std::endl;
+    if (order.console) {
+        output << "the console is at " << url << "/ for browsers on this machine" << std::endl;
+    }
     context.run();
     if (ending) {
         context.restart();

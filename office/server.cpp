@@ -124,6 +124,7 @@ public:
 
 private:
     using Self = std::shared_ptr<Hall>;
+    enum class Next { request, goodbye, nothing };
     using Channels = std::multimap<std::string, std::shared_ptr<RealTimeChannel>>;
 
     static asio::awaitable<void> acceptAll(Self self) {
@@ -168,8 +169,8 @@ private:
     static asio::awaitable<void> converse(Self self, NetworkStream stream) {
         ++self->connections_;
         beast::flat_buffer buffer;
-        bool goesOn = co_await shakeHands(self, stream);
-        while (goesOn && !self->stopping_) {
+        Next next = co_await shakeHands(self, stream) ? Next::request : Next::goodbye;
+        while (next == Next::request && !self->stopping_) {
             Parser parser;
             parser.header_limit(largestHeader);
             parser.body_limit(largestReportBody);
@@ -184,7 +185,7 @@ private:
             }
             const std::string_view path = pathOf(parser.get());
             if (!error && beast::websocket::is_upgrade(parser.get()) && (path == socketPath || path == consoleSocket)) {
-                goesOn = co_await upgrade(self, stream, parser.release());
+                next = co_await upgrade(self, stream, parser.release());
                 continue;
             }
             if (!error && beast::iequals(parser.get()[http::field::expect], "100-continue")) {
@@ -203,9 +204,11 @@ private:
                 }
                 break;
             }
-            goesOn = co_await answer(self, stream, parser.release());
+            next = co_await answer(self, stream, parser.release()) ? Next::request : Next::goodbye;
         }
-        co_await sayGoodbye(stream);
+        if (next != Next::nothing) {
+            co_await sayGoodbye(stream);
+        }
         --self->connections_;
     }
 
@@ -293,8 +296,8 @@ private:
         return office_.administer(asked, options_.now());
     }
 
-    /// True if the connection stays one of requests, because the upgrade was refused.
-    static asio::awaitable<bool> upgrade(Self self, NetworkStream& stream, HttpRequest request) {
+    /// Leaves the stream empty when a channel has taken the connection over.
+    static asio::awaitable<Next> upgrade(Self self, NetworkStream& stream, HttpRequest request) {
         // The snapshot must not be older than what this computer would hear next.
         self->carryOutPending();
         SocketAnswer opened = pathOf(request) == consoleSocket
@@ -306,7 +309,7 @@ private:
         if (opened.status != 101) {
             HttpResponse response = responseOf(answer, request.version(), request.keep_alive());
             const auto [error, written] = co_await http::async_write(stream, response, awaited);
-            co_return !error && response.keep_alive();
+            co_return !error && response.keep_alive() ? Next::request : Next::goodbye;
         }
         stream.next_layer().expires_never();
         auto channel = std::make_shared<RealTimeChannel>(std::move(stream), opened.deviceId,
@@ -319,7 +322,7 @@ private:
         channel->send(std::make_shared<const std::string>(std::move(opened.frame)));
         channel->accept(request);
         self->tellConsoles();
-        co_return false;
+        co_return Next::nothing;
     }
 
     [[nodiscard]] SocketAnswer consoleOpened(NetworkStream& stream, const HttpRequest& request) {

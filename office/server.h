@@ -1,10 +1,10 @@
 #pragma once
 
+#include "office/certificate.h"
 #include "office/office.h"
 
 #include <cstdint>
 #include <expected>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,13 +13,6 @@
 #include <boost/asio/io_context.hpp>
 
 namespace zelkovanta::office {
-
-/// Files in PEM form: the certificate with those of the authorities between it and the root, and its key.
-struct Certificate {
-    std::filesystem::path chain;
-    std::filesystem::path key;
-    bool operator==(const Certificate&) const = default;
-};
 
 struct ServerOptions {
     std::string address = "127.0.0.1";

@@ -116,13 +116,22 @@ RealTimeConnection::RealTimeConnection(unsigned short port) : stream_(std::make_
 RealTimeConnection::~RealTimeConnection() = default;
 
 int RealTimeConnection::open(std::string_view token) {
-    stream_->socket.set_option(
-        beast::websocket::stream_base::decorator([token = std::string(token)](beast::websocket::request_type& request) {
-            request.set(beast::http::field::authorization, "Bearer " + token);
+    return shakeHands("localhost", "/api/v1/ws", "Authorization", "Bearer " + std::string(token));
+}
+
+int RealTimeConnection::openConsole(const std::string& host, const std::string& origin) {
+    return shakeHands(host, "/console/v1/live", "Origin", origin);
+}
+
+int RealTimeConnection::shakeHands(const std::string& host, std::string_view path, std::string_view header,
+                                   const std::string& value) {
+    stream_->socket.set_option(beast::websocket::stream_base::decorator(
+        [header = std::string(header), value](beast::websocket::request_type& request) {
+            request.set(header, value);
         }));
     beast::websocket::response_type response;
     bool done = false;
-    stream_->socket.async_handshake(response, "localhost", "/api/v1/ws",
+    stream_->socket.async_handshake(response, host, std::string(path),
                                     [&done](boost::system::error_code) { done = true; });
     runUntil(stream_->context, [&done] { return done; });
     return static_cast<int>(response.result_int());

@@ -44,6 +44,8 @@ public:
 
     /// The status of the answer to the upgrade: 101 when it is open.
     [[nodiscard]] int open(std::string_view token);
+    /// The same of a console, whose browser says that its page comes from `origin`.
+    [[nodiscard]] int openConsole(const std::string& host, const std::string& origin);
     void send(std::string_view frame);
     /// The next frame; nothing when the connection is closed instead.
     [[nodiscard]] std::optional<std::string> next();
@@ -51,6 +53,9 @@ public:
     [[nodiscard]] int closeCode() const;
 
 private:
+    [[nodiscard]] int shakeHands(const std::string& host, std::string_view path, std::string_view header,
+                                 const std::string& value);
+
     struct Stream;
     std::unique_ptr<Stream> stream_;
 };

@@ -25,8 +25,8 @@ struct Child {
 
 /// Runs the program; its standard output can be read, its standard error goes to a file.
 Child spawn(std::vector<std::string> arguments, const std::filesystem::path& errors) {
-    arguments.insert(arguments.begin(), ZELKOVANTA_OFFICE_PROGRAM);
-    std::vector<char*> pointers;
+    std::string program = ZELKOVANTA_OFFICE_PROGRAM;
+    std::vector<char*> pointers{program.data()};
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }
@@ -86,6 +86,10 @@ OfficeProcess::OfficeProcess() {
     start({"--sample", "harbour"});
 }
 
+OfficeProcess::OfficeProcess(const Arguments& more) {
+    start(more(folder_.path()));
+}
+
 OfficeProcess::~OfficeProcess() {
     if (process_ != 0) {
         end(SIGKILL);
@@ -99,11 +103,13 @@ void OfficeProcess::start(std::vector<std::string> more) {
     process_ = child.process;
     const std::string line = readLine(child.output);
     ::close(child.output);
-    constexpr std::string_view promise = "listening on http://127.0.0.1:";
-    if (!line.starts_with(promise)) {
+    constexpr std::string_view promise = "listening on http";
+    constexpr std::string_view place = "://127.0.0.1:";
+    const auto at = line.find(place);
+    if (!line.starts_with(promise) || at == std::string::npos) {
         throw std::runtime_error("the office did not start: " + log());
     }
-    port_ = static_cast<unsigned short>(std::stoi(line.substr(promise.size())));
+    port_ = static_cast<unsigned short>(std::stoi(line.substr(at + place.size())));
 }
 
 int OfficeProcess::end(int signal) {

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -15,6 +16,9 @@ namespace zelkovanta::office {
 class OfficeProcess {
 public:
     OfficeProcess();
+    /// With other arguments than the sample's. They may name files in `folder`.
+    using Arguments = std::function<std::vector<std::string>(const std::filesystem::path& folder)>;
+    explicit OfficeProcess(const Arguments& more);
     ~OfficeProcess();
     OfficeProcess(const OfficeProcess&) = delete;
     OfficeProcess& operator=(const OfficeProcess&) = delete;
