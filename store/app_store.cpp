@@ -103,6 +103,10 @@ std::string AppStore::describe(const server::APIError& error) const {
     return server::localizedDescription(error, ports_.strings);
 }
 
+std::string AppStore::departmentLabel(const std::string& key, screens::vocabulary::Count count) const {
+    return screens::vocabulary::departmentLabel(state_.office, key, count, ports_.strings);
+}
+
 AppStore::ClientHandle AppStore::makeClient(const records::Url& baseURL, std::optional<std::string> token) const {
     return server::APIClient::make(baseURL, std::move(token),
                                    {.urlLoading = ports_.urlLoading,

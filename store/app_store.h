@@ -15,6 +15,7 @@
 #include "platform/user_defaults.h"
 #include "platform/web_socket.h"
 #include "records/requests.h"
+#include "screens/vocabulary/vocabulary.h"
 #include "server/api_client.h"
 #include "server/web_socket_client.h"
 #include "store/collaborators.h"
@@ -115,6 +116,8 @@ public:
 
     /// The words of a failure.
     [[nodiscard]] std::string describe(const server::APIError& error) const;
+    /// The word for a department of the present office.
+    [[nodiscard]] std::string departmentLabel(const std::string& key, screens::vocabulary::Count count) const;
 
 private:
     struct Private {};
