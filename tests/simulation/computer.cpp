@@ -22,6 +22,14 @@ Process::Process(const ComputerSurroundings& surroundings, const Host& host, Cha
       port_(surroundings.network, host.link, host.watch, host.number, host.peer),
       clock_(surroundings.loop),
       random_(chance),
+      alertRandom_(chance.branch()),
+      wrappedCenter_(surroundings.sabotage.notifications ? surroundings.sabotage.notifications(host.notifications)
+                                                         : nullptr),
+      alerts_(alerts::NotificationService::start({.main = main_.executor(),
+                                                  .center = wrappedCenter_ ? *wrappedCenter_ : host.notifications,
+                                                  .random = alertRandom_,
+                                                  .strings = strings_})),
+      notifications_(*alerts_, host.notificationWatch),
       collaborators_(host.watch),
       webSockets_(surroundings.sabotage.webSockets ? surroundings.sabotage.webSockets(port_) : nullptr),
       wrappedClock_(surroundings.sabotage.clock ? surroundings.sabotage.clock(clock_) : nullptr) {
@@ -41,7 +49,7 @@ Process::Process(const ComputerSurroundings& surroundings, const Host& host, Cha
                                      .notificationCenter = notificationCenter_,
                                      .strings = strings_,
                                      .defaultServerURL = serverURL()},
-                                    collaborators_.all());
+                                    collaborators_.with(notifications_));
     observation_ = store_->observe(observer);
 }
 
@@ -62,15 +70,20 @@ void Process::kill() {
     background_.end();
     port_.letGo();
     store_.reset();
+    alerts_.reset();
 }
 
 Computer::Computer(const ComputerSurroundings& surroundings, int number, Chance chance)
     : surroundings_(surroundings),
       number_(number),
       chance_(chance),
+      center_(surroundings.loop),
       watch_(number, surroundings.loop, surroundings.verdict, surroundings.overtaken) {
     hostInfo_.name = "Computer " + std::to_string(number);
     hostInfo_.session = "login " + std::to_string(login_);
+    center_.showingDelay = chance.between(0ms, 400ms);
+    center_.pendingAnswerDelay = chance.between(0ms, 200ms);
+    center_.deliveredAnswerDelay = chance.between(0ms, 200ms);
     if (surroundings.sabotage.keyStore) {
         wrappedKeyStore_ = surroundings.sabotage.keyStore(keyStore_);
     }
@@ -87,14 +100,17 @@ void Computer::launch() {
     }
     surroundings_.network.trace.note(surroundings_.loop.now(), number_, "launch");
     watch_.launched(login_);
+    notificationWatch_.launched();
     process_ = std::make_unique<Process>(
         surroundings_,
         Process::Host{.keyStore = wrappedKeyStore_ ? *wrappedKeyStore_ : keyStore_,
                       .defaults = defaults_,
                       .hostInfo = wrappedHostInfo_ ? *wrappedHostInfo_ : hostInfo_,
                       .loginItem = loginItem_,
+                      .notifications = center_,
                       .link = link_,
                       .watch = watch_,
+                      .notificationWatch = notificationWatch_,
                       .wallOffset = wallOffset_,
                       .number = number_,
                       .peer = hostInfo_.name},
@@ -121,6 +137,7 @@ void Computer::kill() {
 }
 
 void Computer::applyHolds() {
+    center_.setHeld(isSuspended_);
     if (process_) {
         process_->setMainHeld(isSuspended_ || isMainBusy_);
         process_->setOthersHeld(isSuspended_ || areOthersBusy_);
@@ -154,16 +171,34 @@ void Computer::powerOff() {
     isPoweringOff_ = true;
     process_->announcePowerOff();
     isPoweringOff_ = false;
-    kill();
+    endDesktopSession();
     hostInfo_.boot += 3600;
+}
+
+void Computer::logOutAndIn() {
+    endDesktopSession();
+}
+
+void Computer::endDesktopSession() {
+    kill();
+    center_.clear();
+    notificationWatch_.cleared();
     ++login_;
     hostInfo_.session = "login " + std::to_string(login_);
 }
 
-void Computer::logOutAndIn() {
-    kill();
-    ++login_;
-    hostInfo_.session = "login " + std::to_string(login_);
+void Computer::pressNotification(const std::string& identifier, std::string_view actionIdentifier) {
+    if (center_.press(identifier, actionIdentifier)) {
+        surroundings_.network.trace.note(surroundings_.loop.now(), number_, "pressed", identifier);
+        notificationWatch_.takenAway(identifier);
+    }
+}
+
+void Computer::dismissNotification(const std::string& identifier) {
+    if (center_.dismiss(identifier)) {
+        surroundings_.network.trace.note(surroundings_.loop.now(), number_, "dismissed", identifier);
+        notificationWatch_.takenAway(identifier);
+    }
 }
 
 void Computer::setKeyStoreLocked(bool locked) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "alerts/notification_service.h"
 #include "platform/simulated/fixed_information.h"
 #include "platform/simulated/memory_stores.h"
 #include "platform/simulated/simulated_host.h"
+#include "platform/simulated/simulated_notification_center.h"
 #include "store/app_store.h"
 #include "tests/simulation/network.h"
 #include "tests/simulation/quiet_collaborators.h"
@@ -25,6 +27,8 @@ struct Sabotage {
     std::function<std::unique_ptr<platform::KeyStore>(platform::KeyStore&)> keyStore;
     /// Gives a wrapper around what a computer says of itself, or null.
     std::function<std::unique_ptr<platform::HostInfo>(platform::HostInfo&)> hostInfo;
+    /// Gives a wrapper around the notification centre of a process, or null.
+    std::function<std::unique_ptr<platform::UserNotificationCenter>(platform::UserNotificationCenter&)> notifications;
     /// Gives a wrapper around the office's storage, or null.
     std::function<std::unique_ptr<office::Storage>(office::Storage&)> storage;
 };
@@ -47,8 +51,10 @@ public:
         platform::UserDefaults& defaults;
         platform::HostInfo& hostInfo;
         platform::LoginItem& loginItem;
+        platform::UserNotificationCenter& notifications;
         Link& link;
         Watch& watch;
+        NotificationWatch& notificationWatch;
         std::chrono::microseconds wallOffset;
         int number;
         std::string peer;
@@ -77,10 +83,14 @@ private:
     NetworkPort port_;
     platform::simulated::ManualClock clock_;
     ChanceSource random_;
+    ChanceSource alertRandom_;
     platform::simulated::FixedInformation information_;
     platform::simulated::SimulatedPowerOff powerOff_;
     platform::NotificationCenter notificationCenter_;
     platform::KeysAsTexts strings_;
+    std::unique_ptr<platform::UserNotificationCenter> wrappedCenter_;
+    std::shared_ptr<alerts::NotificationService> alerts_;
+    WatchedNotifications notifications_;
     QuietCollaborators collaborators_;
     std::unique_ptr<platform::WebSocketLoading> webSockets_;
     std::unique_ptr<platform::Clock> wrappedClock_;
@@ -119,6 +129,12 @@ public:
     [[nodiscard]] bool isKeyStoreLocked() const { return isKeyStoreLocked_; }
     void setWallOffset(platform::Duration offset);
 
+    // The person in the notification centre. Nothing happens where there is no such notification.
+    void pressNotification(const std::string& identifier, std::string_view actionIdentifier);
+    void dismissNotification(const std::string& identifier);
+    [[nodiscard]] const platform::simulated::SimulatedNotificationCenter& notifications() const { return center_; }
+    [[nodiscard]] NotificationWatch& notificationWatch() { return notificationWatch_; }
+
     [[nodiscard]] bool isRunning() const { return process_ != nullptr; }
     [[nodiscard]] bool isSuspended() const { return isSuspended_; }
     [[nodiscard]] bool isBusy() const { return isMainBusy_ || areOthersBusy_; }
@@ -142,6 +158,7 @@ public:
 
 private:
     void applyHolds();
+    void endDesktopSession();
 
     ComputerSurroundings surroundings_;
     int number_;
@@ -152,8 +169,10 @@ private:
     platform::simulated::SimulatedHostInfo hostInfo_;
     std::unique_ptr<platform::HostInfo> wrappedHostInfo_;
     platform::simulated::SimulatedLoginItem loginItem_;
+    platform::simulated::SimulatedNotificationCenter center_;
     Link link_;
     Watch watch_;
+    NotificationWatch notificationWatch_;
     std::chrono::microseconds wallOffset_{};
     int login_ = 0;
     bool isSuspended_ = false;

@@ -75,6 +75,7 @@ struct Totals {
     std::uint64_t actions = 0;
     std::uint64_t accepted = 0;
     std::uint64_t looks = 0;
+    std::uint64_t alertsSeen = 0;
 
     void add(const Report& report) {
         simulatedSeconds += std::chrono::duration<double>(report.simulated).count();
@@ -83,6 +84,7 @@ struct Totals {
         actions += report.actions;
         accepted += report.accepted;
         looks += report.looks;
+        alertsSeen += report.alertsSeen;
     }
 };
 
@@ -90,8 +92,9 @@ void print(const Totals& totals, double realSeconds, double processorSeconds) {
     std::printf("%" PRIu64 " seeds, %.1f simulated hours in %.1f s: %.0f times real time, %.0f a core\n", totals.seeds,
                 totals.simulatedSeconds / 3600, realSeconds, totals.simulatedSeconds / realSeconds,
                 totals.simulatedSeconds / processorSeconds);
-    std::printf("%" PRIu64 " actions, %" PRIu64 " signals accepted, %" PRIu64 " looks, %" PRIu64 " faults:\n",
-                totals.actions, totals.accepted, totals.looks, totals.faults.total());
+    std::printf("%" PRIu64 " actions, %" PRIu64 " signals accepted, %" PRIu64 " looks with %" PRIu64
+                " notifications, %" PRIu64 " faults:\n",
+                totals.actions, totals.accepted, totals.looks, totals.alertsSeen, totals.faults.total());
     for (std::size_t index = 0; index < faultCount; ++index) {
         const auto fault = static_cast<Fault>(index);
         const std::string_view text = name(fault);

@@ -135,7 +135,11 @@ void Mischief::strikeSocket(Computer& computer) {
 }
 
 void Mischief::relaunchAfter(Computer& computer, platform::Duration delay) {
-    later(delay, [&computer] { computer.launch(); });
+    later(delay, [this, &computer] {
+        computer.launch();
+        // What an earlier run left can be pressed before the new one knows anything.
+        surroundings_.people.useNotification(computer);
+    });
 }
 
 void Mischief::strikeMachine(Computer& computer) {

@@ -71,7 +71,8 @@ void People::actAt(Computer& computer) {
     } else if (what < 0.80) {
         actOnQueue(computer);
     } else if (what < 0.88) {
-        actOnNotification(computer);
+        useNotification(computer);
+        answerLate(computer);
     } else if (what < 0.95) {
         setStatus(computer);
     } else {
@@ -130,7 +131,27 @@ void People::actOnQueue(Computer& computer) {
     }
 }
 
-void People::actOnNotification(Computer& computer) {
+void People::useNotification(Computer& computer) {
+    const auto& shown = computer.notifications().delivered();
+    if (shown.empty()) {
+        return;
+    }
+    const std::string identifier =
+        std::next(shown.begin(), static_cast<std::ptrdiff_t>(chance_.below(shown.size())))->first;
+    const double what = chance_.unit();
+    if (what < 0.45) {
+        computer.pressNotification(identifier, "ONMYWAY");
+    } else if (what < 0.75) {
+        computer.pressNotification(identifier, "DONE");
+    } else if (what < 0.85) {
+        computer.pressNotification(identifier, platform::notification_action::defaultAction);
+    } else {
+        computer.dismissNotification(identifier);
+    }
+}
+
+/// A press in a notification that should be gone by now.
+void People::answerLate(Computer& computer) {
     const store::StoreState& state = computer.state();
     const records::Member* member = store::activeMember(state);
     if (member == nullptr || state.signals.empty()) {

@@ -30,6 +30,8 @@ public:
     /// Gives a computer a place in a practice, by an admin's approval of its setup code or by a pairing code.
     void pair(Computer& computer);
     void unlink(Computer& computer);
+    /// Presses a notification of the computer, or takes it away, if there is one.
+    void useNotification(Computer& computer);
 
 private:
     void scheduleNext();
@@ -39,7 +41,7 @@ private:
     void actAt(Computer& computer);
     void send(Computer& computer);
     void actOnQueue(Computer& computer);
-    void actOnNotification(Computer& computer);
+    void answerLate(Computer& computer);
     void setStatus(Computer& computer);
     void useStation(Computer& computer);
 

@@ -243,6 +243,96 @@ TEST(Sabotage, aSignInThatOutlivesItsLoginIsFound) {
     EXPECT_THAT(firstComplaint(sabotage), HasSubstr("a sign-in that was made in another login"));
 }
 
+/// A notification centre between the alerts and the real one.
+class MeddledCenter : public platform::UserNotificationCenter {
+public:
+    explicit MeddledCenter(platform::UserNotificationCenter& center) : center_(center) {}
+
+    void setDelegate(std::weak_ptr<platform::UserNotificationCenterDelegate> delegate) override {
+        center_.setDelegate(std::move(delegate));
+    }
+    void setNotificationCategories(std::vector<platform::NotificationCategory> categories) override {
+        center_.setNotificationCategories(std::move(categories));
+    }
+    void requestAuthorization(platform::AuthorizationOptions options,
+                              Completion<platform::Authorization> completion) override {
+        center_.requestAuthorization(options, std::move(completion));
+    }
+    void add(platform::NotificationRequest request, Completion<> completion) override {
+        center_.add(std::move(request), std::move(completion));
+    }
+    void getPendingRequests(Completion<platform::NotificationRequests> completion) override {
+        center_.getPendingRequests(std::move(completion));
+    }
+    void getDeliveredNotifications(Completion<platform::NotificationRequests> completion) override {
+        center_.getDeliveredNotifications(std::move(completion));
+    }
+    void removePendingRequests(std::vector<std::string> identifiers) override {
+        center_.removePendingRequests(std::move(identifiers));
+    }
+    void removeDeliveredNotifications(std::vector<std::string> identifiers) override {
+        center_.removeDeliveredNotifications(std::move(identifiers));
+    }
+
+private:
+    platform::UserNotificationCenter& center_;
+};
+
+template <class Center>
+std::string firstComplaintWith() {
+    Sabotage sabotage;
+    sabotage.notifications = [](platform::UserNotificationCenter& center) { return std::make_unique<Center>(center); };
+    return firstComplaint(sabotage);
+}
+
+TEST(Sabotage, aNotificationThatStaysTooLongIsFound) {
+    class Clinging final : public MeddledCenter {
+    public:
+        using MeddledCenter::MeddledCenter;
+        void removeDeliveredNotifications(std::vector<std::string> identifiers) override {
+            if (++removals_ % 10 != 0) {
+                MeddledCenter::removeDeliveredNotifications(std::move(identifiers));
+            }
+        }
+
+    private:
+        int removals_ = 0;
+    };
+    EXPECT_THAT(firstComplaintWith<Clinging>(), AnyOf(HasSubstr("which is over"), HasSubstr("who is not here")));
+}
+
+TEST(Sabotage, aNotificationThatIsTakenBackTooEarlyIsFound) {
+    class Hasty final : public MeddledCenter {
+    public:
+        using MeddledCenter::MeddledCenter;
+        void add(platform::NotificationRequest request, Completion<> completion) override {
+            std::vector<std::string> identifiers{request.identifier};
+            MeddledCenter::add(std::move(request), std::move(completion));
+            if (++added_ % 10 == 0) {
+                MeddledCenter::removePendingRequests(std::move(identifiers));
+            }
+        }
+
+    private:
+        int added_ = 0;
+    };
+    EXPECT_THAT(firstComplaintWith<Hasty>(), AnyOf(HasSubstr("alerts no more of"), HasSubstr("notices to the room")));
+}
+
+TEST(Sabotage, aNotificationThatNobodyAskedForIsFound) {
+    class Haunted final : public MeddledCenter {
+    public:
+        using MeddledCenter::MeddledCenter;
+        void removeDeliveredNotifications(std::vector<std::string> identifiers) override {
+            platform::NotificationRequest ghost{.identifier = identifiers.front(), .content = {}};
+            MeddledCenter::removeDeliveredNotifications(std::move(identifiers));
+            ghost.identifier += "'s ghost";
+            MeddledCenter::add(std::move(ghost), [] {});
+        }
+    };
+    EXPECT_THAT(firstComplaintWith<Haunted>(), HasSubstr("which no event created"));
+}
+
 TEST(Sabotage, anOfficeThatKeepsNotEverythingIsFound) {
     class ForgetfulStorage final : public office::Storage {
     public:

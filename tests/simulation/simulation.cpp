@@ -100,7 +100,8 @@ Report Simulation::run() {
             .traceEntries = trace_.entries(),
             .actions = people_->actions(),
             .accepted = office_->acceptedSignals(),
-            .looks = looks_};
+            .looks = looks_,
+            .alertsSeen = alertsSeen_};
 }
 
 void Simulation::scheduleLook(Computer& computer, platform::Duration delay) {

@@ -25,9 +25,10 @@ struct Report {
     OvertakenReplies overtaken;
     std::uint64_t traceHash = 0;
     std::uint64_t traceEntries = 0;
-    std::uint64_t actions = 0;   ///< presses of people
-    std::uint64_t accepted = 0;  ///< signals that the office accepted from computers
-    std::uint64_t looks = 0;     ///< comparisons of a computer with the office
+    std::uint64_t actions = 0;     ///< presses of people
+    std::uint64_t accepted = 0;    ///< signals that the office accepted from computers
+    std::uint64_t looks = 0;       ///< comparisons of a computer with the office
+    std::uint64_t alertsSeen = 0;  ///< notifications that were found to be as they should, at all looks
 };
 
 /// One practice with its office, its computers and its people, in virtual time, within one thread. The same scenario
@@ -53,6 +54,7 @@ private:
     void lookAtPairing(Computer& computer);
     void lookAtSending(const Computer& computer);
     void lookAtView(Computer& computer);
+    void lookAtNotifications(Computer& computer);
     void lookWhetherAllAreBack();
     void lookAtEverything();
     [[nodiscard]] const office::Device* deviceHeldFor(const Computer& computer) const;
@@ -70,6 +72,7 @@ private:
     std::vector<std::unique_ptr<Computer>> computers_;
     std::vector<std::optional<std::string>> pairedWith_;  ///< by computer: the token of its last pairing
     std::uint64_t looks_ = 0;
+    std::uint64_t alertsSeen_ = 0;
     // The loop goes before the computers, since what it drops may still reach for them.
     platform::simulated::EventLoop loop_;
     std::unique_ptr<SimulatedOffice> office_;

@@ -29,6 +29,7 @@ void Simulation::look(Computer& computer) {
     lookAtPairing(computer);
     lookAtSending(computer);
     lookAtView(computer);
+    lookAtNotifications(computer);
 }
 
 /// A pairing ends by the office's word or the person's wish, and by nothing else.
@@ -78,6 +79,17 @@ void Simulation::lookAtView(Computer& computer) {
     }
 }
 
+void Simulation::lookAtNotifications(Computer& computer) {
+    const auto& center = computer.notifications();
+    if (!center.isQuiet()) {
+        return;
+    }
+    if (auto complaint = computer.notificationWatch().complaint(computer.state(), center)) {
+        verdict_.fail(loop_.now(), computer.number(), std::move(*complaint));
+    }
+    alertsSeen_ += center.delivered().size();
+}
+
 void Simulation::lookWhetherAllAreBack() {
     for (const auto& computer : computers_) {
         const store::StoreState& state = computer->state();
@@ -103,6 +115,10 @@ void Simulation::lookWhetherAllAreBack() {
 /// After one more snapshot there is no excuse left.
 void Simulation::lookAtEverything() {
     for (const auto& computer : computers_) {
+        if (!computer->notifications().isQuiet()) {
+            verdict_.fail(loop_.now(), computer->number(), "never leaves its notification centre alone");
+        }
+        lookAtNotifications(*computer);
         const store::StoreState& state = computer->state();
         if (!state.isPaired) {
             continue;

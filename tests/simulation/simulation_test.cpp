@@ -54,6 +54,7 @@ TEST(Simulation, manySeedsLetEveryFaultHappenAndNothingBreak) {
     OvertakenReplies overtaken;
     std::uint64_t accepted = 0;
     std::uint64_t looks = 0;
+    std::uint64_t alertsSeen = 0;
     for (std::uint64_t seed = 10'001; seed <= 10'060; ++seed) {
         const Report report = runScenario(scenarioOf(seed));
         ASSERT_FALSE(report.violation) << "seed " << seed << ": " << report.violation->what;
@@ -61,12 +62,14 @@ TEST(Simulation, manySeedsLetEveryFaultHappenAndNothingBreak) {
         overtaken += report.overtaken;
         accepted += report.accepted;
         looks += report.looks;
+        alertsSeen += report.alertsSeen;
     }
     for (std::size_t index = 0; index < faultCount; ++index) {
         EXPECT_GT(faults.of(static_cast<Fault>(index)), 0U) << name(static_cast<Fault>(index));
     }
     EXPECT_GT(accepted, 1000U);
     EXPECT_GT(looks, 1000U);
+    EXPECT_GT(alertsSeen, 1000U);
     EXPECT_GT(overtaken.total(), 0U);
     EXPECT_LT(overtaken.total(), overtaken.merged);
 }
