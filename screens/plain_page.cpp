@@ -5,7 +5,10 @@
 #include "store/queues.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <string_view>
+#include <utility>
 
 namespace zelkovanta::screens {
 
@@ -47,6 +50,7 @@ public:
             page.setupImage = state_.setupQrImage;
             page.setupNotice = state_.setupQrNotice.value_or("");
             page.setupError = state_.setupQrError.value_or("");
+            page.setupPlaceholder = setupPlaceholder();
             return page;
         }
         writeHeader(page);
@@ -64,6 +68,14 @@ private:
         const auto departments = store::officeDepartments(state_);
         const auto found = std::ranges::find(departments, key, &records::OfficeDepartment::key);
         return found == departments.end() ? key : found->label;
+    }
+
+    [[nodiscard]] std::string setupPlaceholder() const {
+        if (state_.setupQrImage || state_.setupQrError) {
+            return "";
+        }
+        return state_.setupQrExpiresAt ? word("The code can't be shown. Type a pairing code instead.")
+                                       : word("Getting a code…");
     }
 
     void writeHeader(PlainPage& page) const {
@@ -126,7 +138,7 @@ private:
             page.signedInName = member->name;
         }
         if (waitsForSomebody()) {
-            page.hint = word("Nobody is signed in at this computer.");
+            page.signIn = signIn(page.title);
         } else if (state_.role == DeviceRole::shared) {
             page.asksForRoom = true;
             page.confirmedRoomId = store::confirmedFlexibleRoomId(state_).value_or("");
@@ -140,6 +152,18 @@ private:
                 page.hint = word("You're off shift. You won't receive new signals.");
             }
         }
+    }
+
+    [[nodiscard]] PlainSignIn signIn(std::string_view station) const {
+        const store::SignInCode& code = state_.signInCode;
+        return {.isShown = true,
+                .heading = platform::filled(word("Sign in to %@"), {station}),
+                .hint = state_.role == DeviceRole::shared
+                            ? word("Sign in first. After signing in, choose the current room.")
+                            : word("Scan with the ZelkoVanta app to sign in."),
+                .image = code.image,
+                .error = code.error.value_or(""),
+                .expiresAt = code.expiresAt ? records::parseServerDate(*code.expiresAt) : std::nullopt};
     }
 
     void writeLists(PlainPage& page) const {
@@ -247,6 +271,32 @@ std::string pairingCodeText(const std::string& typed) {
         records::characterPrefix(pairingCodeLength, records::alphanumericsOnly(records::uppercased(typed)));
     const std::string head = records::characterPrefix(pairingCodeLength / 2, code);
     return head.size() == code.size() ? code : head + "-" + code.substr(head.size());
+}
+
+std::string signInCountdown(const PlainSignIn& signIn, platform::WallTime now, const platform::StringTable& strings) {
+    if (!signIn.expiresAt || !signIn.error.empty()) {
+        return "";
+    }
+    const auto left = std::clamp(std::chrono::ceil<std::chrono::seconds>(*signIn.expiresAt - now),
+                                 std::chrono::seconds{0}, store::signInCodeLifetime);
+    return platform::filled(strings.localized("Code refreshes in %lld"), {std::int64_t{left.count()}});
+}
+
+PairingForm withTyped(PairingForm form, const std::string& typed) {
+    form.code = pairingCodeText(typed);
+    return form;
+}
+
+PairingForm whenBegun(PairingForm form) {
+    form.isBusy = true;
+    form.error.clear();
+    return form;
+}
+
+PairingForm whenEnded(PairingForm form, std::string failure) {
+    form.isBusy = false;
+    form.error = std::move(failure);
+    return form;
 }
 
 }  // namespace zelkovanta::screens

@@ -35,6 +35,17 @@ struct PlainChoice {
     bool operator==(const PlainChoice&) const = default;
 };
 
+/// The code with which a person signs in here, as it is shown.
+struct PlainSignIn {
+    bool isShown = false;  ///< in place of everything else that this computer does
+    std::string heading;
+    std::string hint;
+    std::optional<std::string> image;  ///< bytes of the image file
+    std::string error;
+    std::optional<platform::WallTime> expiresAt;
+    bool operator==(const PlainSignIn&) const = default;
+};
+
 enum class PlainConnection : std::uint8_t { none, connecting, lost, connected };
 
 struct PlainPage {
@@ -44,6 +55,7 @@ struct PlainPage {
     std::optional<std::string> setupImage;  ///< bytes of the image file
     std::string setupNotice;
     std::string setupError;
+    std::string setupPlaceholder;  ///< where the image would be; empty while there is one
 
     // Once paired.
     std::string title;     ///< the room, the person or the station
@@ -53,6 +65,8 @@ struct PlainPage {
     std::string error;
     std::string hint;          ///< what has to happen before there is something to do here; may be empty
     std::string signedInName;  ///< at a computer where people sign in; may be empty
+
+    PlainSignIn signIn;
 
     bool asksForRoom = false;  ///< somebody at a shared workstation has to say where they are
     std::string confirmedRoomId;
@@ -80,7 +94,27 @@ struct PlainPage {
 /// The room that a signal from this computer is sent from; none leaves it to the computer's own.
 [[nodiscard]] std::optional<std::string> sendingRoom(const store::StoreState& state, const std::string& chosenRoomId);
 
+/// The line under a sign-in code: how many seconds it will still be there. Empty without a code, and while there is
+/// something else to say. The clock may have been set since the code came.
+[[nodiscard]] std::string signInCountdown(const PlainSignIn& signIn, platform::WallTime now,
+                                          const platform::StringTable& strings);
+
 /// A pairing code as it is shown while it is typed: letters and digits, upper case, "XXXX-XXXX".
 [[nodiscard]] std::string pairingCodeText(const std::string& typed);
+
+/// The field for a pairing code, and what became of the last one.
+struct PairingForm {
+    std::string code;
+    bool isBusy = false;
+    std::string error;
+
+    [[nodiscard]] bool mayPair() const { return !code.empty() && !isBusy; }
+    bool operator==(const PairingForm&) const = default;
+};
+
+[[nodiscard]] PairingForm withTyped(PairingForm form, const std::string& typed);
+[[nodiscard]] PairingForm whenBegun(PairingForm form);
+/// `failure` is empty after a success, and where this computer was paired in another way meanwhile.
+[[nodiscard]] PairingForm whenEnded(PairingForm form, std::string failure);
 
 }  // namespace zelkovanta::screens

@@ -91,10 +91,18 @@ ColumnLayout {
         maximumLineCount: 3
         wrapMode: Text.Wrap
     }
+    SignInView {
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        visible: desk.page.asksForSignIn
+        page: desk.page
+        inSight: desk.inSight && desk.visible
+    }
     SignalLists {
         Layout.fillWidth: true
         Layout.fillHeight: true
         Layout.margins: Theme.margin
+        visible: !desk.page.asksForSignIn
         page: desk.page
         inSight: desk.inSight
     }

@@ -9,12 +9,6 @@ Flickable {
 
     required property PageModel page
 
-    function redeem() {
-        if (code.length > 0 && !page.redeeming) {
-            page.redeem(code.text);
-        }
-    }
-
     contentHeight: content.height + 2 * content.y
     clip: true
     boundsBehavior: Flickable.StopAtBounds
@@ -44,30 +38,12 @@ Flickable {
             maximumLineCount: 4
             wrapMode: Text.Wrap
         }
-        Rectangle {
+        CodeCard {
             Layout.alignment: Qt.AlignHCenter
-            implicitWidth: 232
-            implicitHeight: 232
-            radius: Theme.radius
-            color: "#FFFFFF"
-            border.width: 1
-            border.color: Theme.hairline
-
-            CodeImage {
-                anchors.centerIn: parent
-                width: 212
-                height: 212
-                file: setup.page.setupImage
-                visible: setup.page.hasSetupImage
-                Accessible.role: Accessible.Graphic
-                Accessible.name: qsTr("Setup code")
-            }
-            Words {
-                anchors.centerIn: parent
-                visible: !setup.page.hasSetupImage && setup.page.setupError === ""
-                text: qsTr("Getting a code…")
-                color: "#5C5142"
-            }
+            spokenName: qsTr("Setup code")
+            file: setup.page.setupImage
+            hasImage: setup.page.hasSetupImage
+            placeholder: setup.page.setupPlaceholder
         }
         Caption {
             Layout.fillWidth: true
@@ -91,28 +67,39 @@ Flickable {
                 Layout.fillWidth: true
                 label: qsTr("Pairing code")
                 placeholderText: "XXXX-XXXX"
-                onTextEdited: {
-                    const shown = setup.page.pairingCode(code.text);
-                    if (shown !== code.text) {
-                        code.text = shown;
+                // Also what a screen reader writes, which is not told as typed.
+                onTextChanged: {
+                    if (code.text !== setup.page.pairingCode) {
+                        const cursor = setup.page.pairingCodeCursor(code.text.slice(0, code.cursorPosition));
+                        setup.page.typePairingCode(code.text);
+                        code.cursorPosition = cursor;
                     }
                 }
-                onAccepted: setup.redeem()
+                onAccepted: setup.page.pair()
             }
             AppButton {
                 implicitHeight: 32
                 kind: AppButton.Primary
-                enabled: code.length > 0 && !setup.page.redeeming
-                text: setup.page.redeeming ? qsTr("Pairing…") : qsTr("Pair device")
-                onClicked: setup.redeem()
+                enabled: setup.page.mayPair
+                text: setup.page.pairing ? qsTr("Pairing…") : qsTr("Pair device")
+                onClicked: setup.page.pair()
             }
         }
         Caption {
             Layout.fillWidth: true
-            text: setup.page.redeemError
+            text: setup.page.pairingError
             color: Theme.redText
             maximumLineCount: 4
             wrapMode: Text.Wrap
+        }
+    }
+
+    Connections {
+        target: setup.page
+        function onPairingFormChanged() {
+            if (code.text !== setup.page.pairingCode) {
+                code.text = setup.page.pairingCode;
+            }
         }
     }
 }

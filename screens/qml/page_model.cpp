@@ -49,8 +49,11 @@ void PageModel::refresh() {
     if (before.setupImage != page_.setupImage) {
         Q_EMIT setupImageChanged();
     }
+    if (before.signIn.image != page_.signIn.image) {
+        Q_EMIT signInImageChanged();
+    }
     if (before.isPaired != page_.isPaired) {
-        setRedeeming(redeeming_, {});
+        setPairingForm({.code = {}, .isBusy = pairingForm_.isBusy, .error = {}});
     }
     types_.setChoices(page_.types);
     recipients_.setChoices(page_.recipients);
@@ -91,26 +94,46 @@ void PageModel::send(const QString& typeId, const QString& recipientId, const QS
                         });
 }
 
-void PageModel::redeem(const QString& code) {
-    if (redeeming_) {
+void PageModel::typePairingCode(const QString& typed) {
+    setPairingForm(withTyped(pairingForm_, typed.toStdString()));
+}
+
+int PageModel::pairingCodeCursor(const QString& typedBefore) const {
+    return static_cast<int>(shown(pairingCodeText(typedBefore.toStdString())).size());
+}
+
+void PageModel::pair() {
+    if (!pairingForm_.mayPair()) {
         return;
     }
-    setRedeeming(true, {});
+    setPairingForm(whenBegun(pairingForm_));
     platform::startTask(
-        main_, [self = QPointer{this}, store = store_, text = code.toStdString()]() -> platform::Awaitable<void> {
-            const auto result = co_await store->redeemPairingCode(text);
+        main_, [self = QPointer{this}, store = store_, code = pairingForm_.code]() -> platform::Awaitable<void> {
+            const auto result = co_await store->redeemPairingCode(code);
             if (!self) {
                 co_return;
             }
             const auto* failure = result ? nullptr : std::get_if<server::APIError>(&result.error());
-            self->setRedeeming(false, failure ? shown(store->describe(*failure)) : QString{});
+            self->setPairingForm(whenEnded(self->pairingForm_, failure ? store->describe(*failure) : ""));
         });
 }
 
-void PageModel::setRedeeming(bool redeeming, const QString& error) {
-    redeeming_ = redeeming;
-    redeemError_ = error;
-    Q_EMIT redeemingChanged();
+void PageModel::setPairingForm(PairingForm form) {
+    pairingForm_ = std::move(form);
+    // Also where nothing has changed: the field may show what was typed, and not the code.
+    Q_EMIT pairingFormChanged();
+}
+
+void PageModel::lookAtSignInCode(bool looking) {
+    signInCodeViewer_ = looking ? store_->showSignInCode() : nullptr;
+}
+
+QString PageModel::signInCountdown(double now) const {
+    return shown(screens::signInCountdown(page_.signIn, momentOf(now), strings_));
+}
+
+QByteArray PageModel::signInImage() const {
+    return QByteArray::fromStdString(page_.signIn.image.value_or(""));
 }
 
 void PageModel::setStatus(const QString& status) {
@@ -129,10 +152,6 @@ void PageModel::signOut() {
 
 void PageModel::unlink() {
     platform::startTask(main_, [store = store_] { return store->unlinkComputer(); });
-}
-
-QString PageModel::pairingCode(const QString& typed) const {
-    return shown(pairingCodeText(typed.toStdString()));
 }
 
 double PageModel::now() const {

@@ -38,6 +38,13 @@ class PageModel : public QObject {
     Q_PROPERTY(QString error READ error NOTIFY pageChanged)
     Q_PROPERTY(QString hint READ hint NOTIFY pageChanged)
     Q_PROPERTY(QString signedInName READ signedInName NOTIFY pageChanged)
+    Q_PROPERTY(QString setupPlaceholder READ setupPlaceholder NOTIFY pageChanged)
+    Q_PROPERTY(bool asksForSignIn READ asksForSignIn NOTIFY pageChanged)
+    Q_PROPERTY(QString signInHeading READ signInHeading NOTIFY pageChanged)
+    Q_PROPERTY(QString signInHint READ signInHint NOTIFY pageChanged)
+    Q_PROPERTY(QString signInError READ signInError NOTIFY pageChanged)
+    Q_PROPERTY(QByteArray signInImage READ signInImage NOTIFY signInImageChanged)
+    Q_PROPERTY(bool hasSignInImage READ hasSignInImage NOTIFY signInImageChanged)
     Q_PROPERTY(bool asksForRoom READ asksForRoom NOTIFY pageChanged)
     Q_PROPERTY(QString confirmedRoomId READ confirmedRoomId NOTIFY pageChanged)
     Q_PROPERTY(bool showsReceived READ showsReceived NOTIFY pageChanged)
@@ -47,8 +54,10 @@ class PageModel : public QObject {
     Q_PROPERTY(bool canSend READ canSend NOTIFY pageChanged)
     Q_PROPERTY(bool choosesRoom READ choosesRoom NOTIFY pageChanged)
     Q_PROPERTY(bool sending READ sending NOTIFY pageChanged)
-    Q_PROPERTY(bool redeeming READ redeeming NOTIFY redeemingChanged)
-    Q_PROPERTY(QString redeemError READ redeemError NOTIFY redeemingChanged)
+    Q_PROPERTY(QString pairingCode READ pairingCode NOTIFY pairingFormChanged)
+    Q_PROPERTY(bool mayPair READ mayPair NOTIFY pairingFormChanged)
+    Q_PROPERTY(bool pairing READ pairing NOTIFY pairingFormChanged)
+    Q_PROPERTY(QString pairingError READ pairingError NOTIFY pairingFormChanged)
     Q_PROPERTY(zelkovanta::screens::qml::RowModel* received READ received CONSTANT)
     Q_PROPERTY(zelkovanta::screens::qml::RowModel* sent READ sent CONSTANT)
     Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* types READ types CONSTANT)
@@ -73,6 +82,13 @@ public:
     [[nodiscard]] QString error() const { return shown(page_.error); }
     [[nodiscard]] QString hint() const { return shown(page_.hint); }
     [[nodiscard]] QString signedInName() const { return shown(page_.signedInName); }
+    [[nodiscard]] QString setupPlaceholder() const { return shown(page_.setupPlaceholder); }
+    [[nodiscard]] bool asksForSignIn() const { return page_.signIn.isShown; }
+    [[nodiscard]] QString signInHeading() const { return shown(page_.signIn.heading); }
+    [[nodiscard]] QString signInHint() const { return shown(page_.signIn.hint); }
+    [[nodiscard]] QString signInError() const { return shown(page_.signIn.error); }
+    [[nodiscard]] QByteArray signInImage() const;
+    [[nodiscard]] bool hasSignInImage() const { return page_.signIn.image.has_value(); }
     [[nodiscard]] bool asksForRoom() const { return page_.asksForRoom; }
     [[nodiscard]] QString confirmedRoomId() const { return shown(page_.confirmedRoomId); }
     [[nodiscard]] bool showsReceived() const { return page_.showsReceived; }
@@ -82,8 +98,10 @@ public:
     [[nodiscard]] bool canSend() const { return page_.canSend; }
     [[nodiscard]] bool choosesRoom() const { return page_.choosesRoom; }
     [[nodiscard]] bool sending() const { return page_.isSending; }
-    [[nodiscard]] bool redeeming() const { return redeeming_; }
-    [[nodiscard]] const QString& redeemError() const { return redeemError_; }
+    [[nodiscard]] QString pairingCode() const { return shown(pairingForm_.code); }
+    [[nodiscard]] bool mayPair() const { return pairingForm_.mayPair(); }
+    [[nodiscard]] bool pairing() const { return pairingForm_.isBusy; }
+    [[nodiscard]] QString pairingError() const { return shown(pairingForm_.error); }
     [[nodiscard]] RowModel* received() { return &received_; }
     [[nodiscard]] RowModel* sent() { return &sent_; }
     [[nodiscard]] ChoiceModel* types() { return &types_; }
@@ -96,13 +114,18 @@ public:
     Q_INVOKABLE void cancel(const QString& signalId) { act(signalId, "cancel"); }
     Q_INVOKABLE void send(const QString& typeId, const QString& recipientId, const QString& roomId,
                           const QString& note);
-    Q_INVOKABLE void redeem(const QString& code);
+    Q_INVOKABLE void typePairingCode(const QString& typed);
+    /// Where the cursor stands in the code's own form, when it stood behind `typedBefore`.
+    Q_INVOKABLE [[nodiscard]] int pairingCodeCursor(const QString& typedBefore) const;
+    Q_INVOKABLE void pair();
+    /// Whether the place of the sign-in code is in sight; only then is there one.
+    Q_INVOKABLE void lookAtSignInCode(bool looking);
+    Q_INVOKABLE [[nodiscard]] QString signInCountdown(double now) const;
     Q_INVOKABLE void setStatus(const QString& status);
     Q_INVOKABLE void chooseRoom(const QString& roomId);
     Q_INVOKABLE void signOut();
     Q_INVOKABLE void unlink();
 
-    Q_INVOKABLE [[nodiscard]] QString pairingCode(const QString& typed) const;
     /// Milliseconds since 1970.
     Q_INVOKABLE [[nodiscard]] double now() const;
     /// Both moments in milliseconds since 1970; a negative beginning is none.
@@ -112,7 +135,8 @@ public:
 Q_SIGNALS:
     void pageChanged();
     void setupImageChanged();
-    void redeemingChanged();
+    void signInImageChanged();
+    void pairingFormChanged();
     /// A send ended without an error.
     void signalSent();
 
@@ -120,7 +144,7 @@ private:
     static QString shown(const std::string& text) { return QString::fromStdString(text); }
     void refresh();
     void act(const QString& signalId, std::string_view action);
-    void setRedeeming(bool redeeming, const QString& error);
+    void setPairingForm(PairingForm form);
 
     const std::shared_ptr<store::AppStore> store_;
     const platform::Executor main_;
@@ -128,8 +152,8 @@ private:
     const platform::StringTable& strings_;
 
     PlainPage page_;
-    bool redeeming_ = false;
-    QString redeemError_;
+    PairingForm pairingForm_;
+    std::shared_ptr<void> signInCodeViewer_;
     RowModel received_;
     RowModel sent_;
     ChoiceModel types_;

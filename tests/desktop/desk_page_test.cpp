@@ -208,7 +208,7 @@ TEST_F(DeskPage, aSharedWorkstationAsksForTheRoomFirst) {
     EXPECT_EQ(page.computer.requestCount("POST", "/devices/me/signout"), 1U);
     page.computer.answer("POST", "/devices/me/signout", 200);
     page.settle();
-    EXPECT_TRUE(page.says("Nobody is signed in at this computer."));
+    EXPECT_TRUE(page.says("Sign in to Front desk"));
     EXPECT_FALSE(page.shows(QAccessible::Button, "Sign out"));
 }
 

@@ -89,8 +89,7 @@ void longNames(Page& page) {
     page.computer.launchWith("member", snapshot);
 }
 
-void setup(Page& page) {
-    page.computer.launchUnpaired();
+records::QrTokenResponse code() {
     QImage image(29, 29, QImage::Format_Mono);
     image.fill(1);
     for (int y = 2; y < 27; ++y) {
@@ -102,12 +101,25 @@ void setup(Page& page) {
     QBuffer buffer(&file);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
-    page.computer.answerWith("POST", "/pair/request",
-                             records::QrTokenResponse{.token = "t",
-                                                      .claimToken = "c",
-                                                      .qrData = "d",
-                                                      .qrPng = "data:image/png;base64," + file.toBase64().toStdString(),
-                                                      .expiresAt = "2026-01-02T08:05:00Z"});
+    return {.token = "t",
+            .claimToken = "c",
+            .qrData = "d",
+            .qrPng = "data:image/png;base64," + file.toBase64().toStdString(),
+            .expiresAt = "2026-01-02T08:05:00Z"};
+}
+
+void setup(Page& page) {
+    page.computer.launchUnpaired();
+    page.computer.answerWith("POST", "/pair/request", code());
+}
+
+void signIn(Page& page) {
+    auto snapshot = busyPractice();
+    snapshot.device = support::makeDevice();
+    snapshot.device.name = "Front desk";
+    page.computer.launchWith("shared", snapshot);
+    page.computer.socket().accept();
+    page.computer.deliverSnapshot(snapshot);
 }
 
 void setupFailing(Page& page) {
@@ -132,6 +144,8 @@ int draw(const std::string& folder) {
                                     {"room-offline", emptyRoomOffline, 420, 680},
                                     {"room-error", error, 360, 600},
                                     {"station", station, 420, 680},
+                                    {"sign-in", signIn, 420, 680},
+                                    {"sign-in-narrow", signIn, 320, 480},
                                     {"long", longNames, 360, 600},
                                     {"long-wide", longNames, 1000, 600},
                                     {"setup", setup, 420, 680},
@@ -141,6 +155,11 @@ int draw(const std::string& folder) {
             Page page(appearance);
             scene.fill(page);
             page.open(scene.width, scene.height);
+            // A sign-in code is asked for once its place is in sight.
+            if (page.computer.openRequest("POST", "/devices/me/signin-qr") != nullptr) {
+                page.computer.answerWith("POST", "/devices/me/signin-qr", code());
+                page.settle();
+            }
             const std::string file =
                 folder + "/" + scene.name + (appearance == Appearance::dark ? "-dark.png" : "-light.png");
             if (!page.picture().save(QString::fromStdString(file))) {

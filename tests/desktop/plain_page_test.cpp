@@ -1,6 +1,7 @@
 #include "screens/plain_page.h"
 
 #include "screens/wait_time.h"
+#include "tests/support/office_records.h"
 
 #include <chrono>
 
@@ -11,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr platform::WallTime start{std::chrono::days{20'000}};
+constexpr platform::WallTime start{std::chrono::days{20'000}};  // 2024-10-04
 
 TEST(WaitTime, isWrittenInMinutesThenInHours) {
     EXPECT_EQ(waitTimeText(start, start), "0:00");
@@ -30,6 +31,105 @@ TEST(WaitTime, isLongFromFiveMinutesOn) {
     EXPECT_FALSE(isLongWait(start, start + 299'999ms));
     EXPECT_TRUE(isLongWait(start, start + 300s));
     EXPECT_FALSE(isLongWait(std::nullopt, start));
+}
+
+const platform::KeysAsTexts words;
+
+store::StoreState station() {
+    store::StoreState state;
+    state.isPaired = true;
+    state.role = records::DeviceRole::shared;
+    state.office = support::makeOffice("office-1");
+    state.device = support::makeDevice();
+    state.device->name = "Front desk";
+    return state;
+}
+
+TEST(PlainSignInTest, aWorkstationWithNobodyAsksForASignInInPlaceOfAllElse) {
+    store::StoreState state = station();
+    state.signInCode = {.image = "image", .expiresAt = "2024-10-04T00:00:50.000Z", .error = "Reconnecting…"};
+    const PlainPage page = plainPage(state, words);
+    EXPECT_EQ(page.signIn, (PlainSignIn{.isShown = true,
+                                        .heading = "Sign in to Front desk",
+                                        .hint = "Sign in first. After signing in, choose the current room.",
+                                        .image = "image",
+                                        .error = "Reconnecting…",
+                                        .expiresAt = start + 50s}));
+    EXPECT_FALSE(page.showsReceived || page.showsSent || page.canSend || page.asksForRoom);
+}
+
+TEST(PlainSignInTest, aRoomsComputerAsksOnlyWhereTheOfficeWantsToKnowWhoSends) {
+    store::StoreState state = station();
+    state.role = records::DeviceRole::room;
+    state.device = support::makeDeviceOfRoom("room-1");
+    state.rooms = {support::makeRoom("room-1")};
+    state.rooms[0].name = "Room 1";
+    EXPECT_FALSE(plainPage(state, words).signIn.isShown);
+    state.office->settings = records::OfficeSettings{
+        .autoExpireMinutes = {}, .allowAnyProvider = {}, .ble = {}, .requireSignedInSender = true};
+    EXPECT_EQ(plainPage(state, words).signIn.heading, "Sign in to Room 1");
+    EXPECT_EQ(plainPage(state, words).signIn.hint, "Scan with the ZelkoVanta app to sign in.");
+    state.device->signedInMemberId = "member-1";
+    EXPECT_FALSE(plainPage(state, words).signIn.isShown);
+}
+
+TEST(PlainSignInTest, aComputerOfAPersonNeverAsks) {
+    store::StoreState state = station();
+    state.role = records::DeviceRole::member;
+    state.device = support::makeDeviceOfMember("member-1");
+    EXPECT_FALSE(plainPage(state, words).signIn.isShown);
+}
+
+TEST(PlainSignInTest, theCountdownRunsInWholeSecondsAndNeverBeyondACodesLife) {
+    PlainSignIn signIn{.isShown = true, .heading = {}, .hint = {}, .image = "i", .error = {}, .expiresAt = start + 50s};
+    EXPECT_EQ(signInCountdown(signIn, start, words), "Code refreshes in 50");
+    EXPECT_EQ(signInCountdown(signIn, start + 1ms, words), "Code refreshes in 50");
+    EXPECT_EQ(signInCountdown(signIn, start + 1s, words), "Code refreshes in 49");
+    EXPECT_EQ(signInCountdown(signIn, start + 50s, words), "Code refreshes in 0");
+    EXPECT_EQ(signInCountdown(signIn, start + 3h, words), "Code refreshes in 0");
+    EXPECT_EQ(signInCountdown(signIn, start - 3h, words), "Code refreshes in 50") << "the clock was set back";
+    signIn.error = "Reconnecting…";
+    EXPECT_EQ(signInCountdown(signIn, start, words), "");
+    signIn.error.clear();
+    signIn.expiresAt.reset();
+    EXPECT_EQ(signInCountdown(signIn, start, words), "");
+}
+
+TEST(PlainSetupTest, whatStandsInPlaceOfTheImageTellsWhy) {
+    store::StoreState state;
+    EXPECT_EQ(plainPage(state, words).setupPlaceholder, "Getting a code…");
+    state.setupQrExpiresAt = "2024-10-04T00:04:30.000Z";
+    EXPECT_EQ(plainPage(state, words).setupPlaceholder, "The code can't be shown. Type a pairing code instead.");
+    state.setupQrError = "Reconnecting…";
+    EXPECT_EQ(plainPage(state, words).setupPlaceholder, "");
+    state.setupQrError.reset();
+    state.setupQrImage = "image";
+    EXPECT_EQ(plainPage(state, words).setupPlaceholder, "");
+}
+
+TEST(PairingFormTest, followsATryFromTheKeyboardToItsEnd) {
+    PairingForm form = withTyped({}, "ab12cd34");
+    EXPECT_EQ(form, (PairingForm{.code = "AB12-CD34", .isBusy = false, .error = ""}));
+    EXPECT_TRUE(form.mayPair());
+    form = whenBegun(form);
+    EXPECT_FALSE(form.mayPair());
+    form = whenEnded(form, "That is no code.");
+    EXPECT_EQ(form, (PairingForm{.code = "AB12-CD34", .isBusy = false, .error = "That is no code."}));
+    form = withTyped(form, "ab12cd3");
+    EXPECT_EQ(form.error, "That is no code.") << "the reason stays until the next try";
+    EXPECT_EQ(whenBegun(form).error, "");
+    EXPECT_EQ(whenEnded(whenBegun(form), "").error, "");
+    EXPECT_FALSE(withTyped(form, " - ").mayPair());
+}
+
+TEST(PairingCode, ofEmojiAndSignsIsEmpty) {
+    EXPECT_EQ(pairingCodeText("\U0001F525\U0001F469\u200D\U0001F680 *#-+/\n\t"), "");
+    EXPECT_EQ(pairingCodeText("a\U0001F525b\uFE0F1\U0001F3FB2c"), "AB12-C");
+}
+
+TEST(PairingCode, isNeverLongerThanItsFormWhateverIsPasted) {
+    EXPECT_EQ(pairingCodeText(std::string(100'000, 'x')), "XXXX-XXXX");
+    EXPECT_EQ(pairingCodeText("\xff\xfe\x80"), pairingCodeText(pairingCodeText("\xff\xfe\x80")));
 }
 
 TEST(PairingCode, takesTheFormInWhichItIsPrinted) {

@@ -132,6 +132,35 @@ TEST_F(SetupPageInLight, aTypedCodeTakesItsFormAndIsRedeemed) {
     EXPECT_FALSE(page.shows(QAccessible::EditableText, "Pairing code"));
 }
 
+TEST_F(SetupPageInLight, aLetterTypedInTheMiddleStaysInTheMiddle) {
+    page.computer.launchUnpaired();
+    page.open();
+    page.click(page.node(QAccessible::EditableText, "Pairing code"));
+    page.type("ab12cd");
+    for (int count = 0; count < 4; ++count) {
+        page.key(Qt::Key_Left);
+    }
+    page.type("xy");
+    const auto text = [&] {
+        return page.node(QAccessible::EditableText, "Pairing code").interface->text(QAccessible::Value).toStdString();
+    };
+    EXPECT_EQ(text(), "AB1X-Y2CD");
+    page.type("*\U0001F525");
+    EXPECT_EQ(text(), "AB1X-Y2CD") << "what belongs to no code is not taken";
+    page.key(Qt::Key_Backspace);
+    EXPECT_EQ(text(), "AB1X-2CD");
+}
+
+TEST_F(SetupPageInLight, aCodeWithoutAPictureSaysWhatToDo) {
+    page.computer.launchUnpaired();
+    page.open();
+    auto code = setupCode();
+    code.qrPng = "data:image/png;base64,***";
+    page.computer.answerWith("POST", "/pair/request", code);
+    page.settle();
+    EXPECT_TRUE(page.says("The code can't be shown. Type a pairing code instead."));
+}
+
 TEST_F(SetupPageInLight, anEmptyFieldRedeemsNothing) {
     page.computer.launchUnpaired();
     page.open();
