@@ -200,14 +200,14 @@ TEST_F(GettextStringTableTest, noNumberInACatalogueLeadsBeyondItsEnd) {
 
 class ShippedTextsTest : public testing::TestWithParam<std::string> {
 protected:
-    GettextStringTable table_{shipped, speaking(GetParam())};
+    const GettextStringTable table{shipped, speaking(GetParam())};
 };
 
 TEST_P(ShippedTextsTest, everyKeyOfTheVocabularyHasWords) {
     namespace vocabulary = screens::vocabulary;
     const auto expectWords = [this](const auto& keys) {
         for (const std::string_view key : keys) {
-            EXPECT_NE(table_.localized(key), key);
+            EXPECT_NE(table.localized(key), key);
         }
     };
     expectWords(vocabulary::signalKeys);
@@ -220,14 +220,14 @@ TEST_P(ShippedTextsTest, everyKeyOfTheVocabularyHasWords) {
 
 TEST_P(ShippedTextsTest, theRoomTextsNameTheirRoom) {
     for (const std::string_view key : screens::vocabulary::roomKeys) {
-        EXPECT_NE(table_.localized(key).find("{room}"), std::string::npos) << key;
+        EXPECT_NE(table.localized(key).find("{room}"), std::string::npos) << key;
     }
 }
 
 TEST_P(ShippedTextsTest, formatWordsAreKept) {
-    EXPECT_EQ(filled(table_.localized("Server error (%lld): %@"), {502, "http_502"}).find('%'), std::string::npos);
-    EXPECT_NE(filled(table_.localized("for %lld doctors"), {1}).find('1'), std::string::npos);
-    EXPECT_NE(filled(table_.localized("%@ is on the way"), {"Ana"}).find("Ana"), std::string::npos);
+    EXPECT_EQ(filled(table.localized("Server error (%lld): %@"), {502, "http_502"}).find('%'), std::string::npos);
+    EXPECT_NE(filled(table.localized("for %lld doctors"), {1}).find('1'), std::string::npos);
+    EXPECT_NE(filled(table.localized("%@ is on the way"), {"Ana"}).find("Ana"), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, ShippedTextsTest, testing::Values("en_US.UTF-8", "de_DE.UTF-8", "es_MX.UTF-8"),
