@@ -2,7 +2,6 @@
 
 #include "platform/linux/dbus_calls.h"
 
-#include <memory>
 #include <utility>
 
 #include <QDBusArgument>
@@ -62,19 +61,55 @@ QByteArray toBytes(const std::string& text) {
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
+using Answer = std::optional<QVariant>;
+
+/// Somebody who waits for a person's answer. Its parent holds it, not the one who waits, so that the parent's end lets
+/// go of both.
+class Waiting final : public QObject {
+public:
+    Waiting(Completion<Answer> done, QObject* parent) : QObject(parent), done_(std::move(done)) {}
+
+    void finish(Answer given) {
+        if (auto done = std::exchange(done_, nullptr)) {
+            done(std::move(given));
+            deleteLater();
+        }
+    }
+
+private:
+    Completion<Answer> done_;
+};
+
+/// What a prompt led to, whether somebody waits for it already or not yet.
+struct Outcome {
+    QPointer<Waiting> waiting;
+    std::optional<Answer> early;
+
+    void give(Answer given) {
+        if (waiting) {
+            waiting->finish(std::move(given));
+        } else if (!early) {
+            early = std::move(given);
+        }
+    }
+};
+
 }  // namespace
 
 SecretService::SecretService(QDBusConnection bus, std::chrono::milliseconds callLimit, QObject& owner)
-    : bus_(std::move(bus)), callLimit_(callLimit), owner_(owner) {
+    : bus_(std::move(bus)), callLimit_(callLimit), owner_(&owner) {
     qDBusRegisterMetaType<TransferredSecret>();
     qDBusRegisterMetaType<Attributes>();
 }
 
 Awaitable<std::optional<QList<QVariant>>> SecretService::call(QString path, QString interface, QString method,
                                                               QList<QVariant> arguments) {
+    if (!owner_) {
+        co_return std::nullopt;
+    }
     auto message = QDBusMessage::createMethodCall(service_, path, interface, method);
     message.setArguments(arguments);
-    const QDBusMessage reply = co_await callBus(bus_, message, callLimit_, owner_);
+    const QDBusMessage reply = co_await callBus(bus_, message, callLimit_, *owner_);
     if (reply.type() != QDBusMessage::ReplyMessage) {
         co_return std::nullopt;
     }
@@ -109,35 +144,28 @@ Awaitable<std::optional<QVariant>> SecretService::answer(QDBusObjectPath prompt)
     if (prompt.path() == noObject) {
         co_return QVariant{};
     }
-    using Answer = std::optional<QVariant>;
     // Heard before the prompt is shown, or a quick answer would be missed.
-    auto pending = std::make_shared<std::pair<std::optional<Answer>, Completion<Answer>>>();
-    const auto finish = [pending](Answer given) {
-        if (pending->second) {
-            std::exchange(pending->second, nullptr)(std::move(given));
-        } else if (!pending->first) {
-            pending->first = std::move(given);
-        }
-    };
+    Outcome outcome;
     const DBusSignal completed(
         bus_, service_, prompt.path(), promptInterface, QStringLiteral("Completed"),
-        [finish](const QDBusMessage& signal) {
+        [&outcome](const QDBusMessage& signal) {
             const auto arguments = signal.arguments();
             const bool isDismissed = arguments.size() != 2 || arguments.at(0).toBool();
-            finish(isDismissed ? Answer{} : qvariant_cast<QDBusVariant>(arguments.at(1)).variant());
+            outcome.give(isDismissed ? Answer{} : qvariant_cast<QDBusVariant>(arguments.at(1)).variant());
         });
     const QDBusServiceWatcher gone(service_, bus_, QDBusServiceWatcher::WatchForUnregistration);
-    QObject::connect(&gone, &QDBusServiceWatcher::serviceUnregistered, &gone, [finish] { finish(std::nullopt); });
+    QObject::connect(&gone, &QDBusServiceWatcher::serviceUnregistered, &gone,
+                     [&outcome] { outcome.give(std::nullopt); });
     const QList<QVariant> arguments{QString{}};
     const auto shown = co_await call(prompt.path(), promptInterface, QStringLiteral("Prompt"), arguments);
-    if (!shown) {
+    if (!shown || !owner_) {
         co_return std::nullopt;
     }
-    auto wait = [pending](Completion<Answer> done) {
-        if (pending->first) {
-            done(std::move(*pending->first));
+    auto wait = [&outcome, owner = owner_.data()](Completion<Answer> done) {
+        if (outcome.early) {
+            done(std::move(*outcome.early));
         } else {
-            pending->second = std::move(done);
+            outcome.waiting = new Waiting(std::move(done), owner);
         }
     };
     co_return co_await awaitCallback<Answer>(std::move(wait));
@@ -160,6 +188,15 @@ Awaitable<bool> SecretService::unlock(QDBusObjectPath object) {
     co_return answered&& qdbus_cast<Paths>(*answered).contains(object);
 }
 
+Awaitable<std::optional<QDBusObjectPath>> SecretService::unlockedItem(Found found) {
+    if (!found.unlocked.isEmpty()) {
+        co_return found.unlocked.first();
+    }
+    const QDBusObjectPath path = found.locked.first();
+    const bool isUnlocked = co_await unlock(path);
+    co_return isUnlocked ? std::optional{path} : std::nullopt;
+}
+
 Awaitable<std::optional<std::string>> SecretService::read(KeyStoreItem item) {
     const bool hasBegun = co_await begin();
     if (!hasBegun) {
@@ -169,15 +206,12 @@ Awaitable<std::optional<std::string>> SecretService::read(KeyStoreItem item) {
     if (!found || (found->unlocked.isEmpty() && found->locked.isEmpty())) {
         co_return std::nullopt;
     }
-    const QDBusObjectPath path = found->unlocked.isEmpty() ? found->locked.first() : found->unlocked.first();
-    if (found->unlocked.isEmpty()) {
-        const bool isUnlocked = co_await unlock(path);
-        if (!isUnlocked) {
-            co_return std::nullopt;
-        }
+    const auto path = co_await unlockedItem(*found);
+    if (!path) {
+        co_return std::nullopt;
     }
     const QList<QVariant> arguments{QVariant::fromValue(session_)};
-    const auto reply = co_await call(path.path(), itemInterface, QStringLiteral("GetSecret"), arguments);
+    const auto reply = co_await call(path->path(), itemInterface, QStringLiteral("GetSecret"), arguments);
     if (!reply || reply->isEmpty()) {
         co_return std::nullopt;
     }
@@ -219,18 +253,35 @@ Awaitable<void> SecretService::write(KeyStoreItem item, std::string value) {
     if (!hasBegun) {
         co_return;
     }
+    const auto found = co_await search(item);
+    if (!found) {
+        co_return;
+    }
+    const auto sealed = cipher_.seal(value);
+    const QVariant secret = QVariant::fromValue(
+        TransferredSecret{session_, toBytes(sealed.parameters), toBytes(sealed.value), QStringLiteral("text/plain")});
+    if (found->unlocked.isEmpty() && found->locked.isEmpty()) {
+        co_await create(item, secret);
+        co_return;
+    }
+    // Where it is, be that another collection than today's default one: beside an older one it would not be found.
+    const auto path = co_await unlockedItem(*found);
+    if (path) {
+        const QList<QVariant> arguments{secret};
+        co_await call(path->path(), itemInterface, QStringLiteral("SetSecret"), arguments);
+    }
+}
+
+Awaitable<void> SecretService::create(KeyStoreItem item, QVariant secret) {
     const auto collection = co_await defaultCollection();
     if (!collection) {
         co_return;
     }
-    const auto sealed = cipher_.seal(value);
-    const TransferredSecret secret{session_, toBytes(sealed.parameters), toBytes(sealed.value),
-                                   QStringLiteral("text/plain")};
     const QVariantMap properties{
         {QStringLiteral("org.freedesktop.Secret.Item.Label"), QStringLiteral("ZelkoVanta")},
         {QStringLiteral("org.freedesktop.Secret.Item.Attributes"), QVariant::fromValue(attributesOf(item))}};
     constexpr bool replace = true;
-    const QList<QVariant> arguments{properties, QVariant::fromValue(secret), replace};
+    const QList<QVariant> arguments{properties, secret, replace};
     const auto reply = co_await call(collection->path(), collectionInterface, QStringLiteral("CreateItem"), arguments);
     if (reply && reply->size() == 2) {
         co_await answer(qvariant_cast<QDBusObjectPath>(reply->at(1)));

@@ -68,6 +68,10 @@ private:
     Awaitable<void> run(std::shared_ptr<Queue> self) {
         while (auto operation = self->next()) {
             const bool hasBus = co_await self->connect();
+            if (!self->owner_) {
+                // The store ended meanwhile. Whoever asked is let go of, as by every operation of an ended store.
+                co_return;
+            }
             if (!hasBus) {
                 co_await (*operation)(nullptr);
                 continue;

@@ -102,6 +102,18 @@ bool FakeSecretService::handleMessage(const QDBusMessage& message, const QDBusCo
                << QByteArray::fromStdString(sealed.value) << QStringLiteral("text/plain");
         secret.endStructure();
         reply(message, {QVariant::fromValue(secret)});
+    } else if (method == "SetSecret") {
+        const auto secret = qvariant_cast<QDBusArgument>(arguments.at(0));
+        QDBusObjectPath path;
+        QByteArray parameters;
+        QByteArray value;
+        secret.beginStructure();
+        secret >> path >> parameters >> value;
+        secret.endStructure();
+        secret_ = cipher_->open({parameters.toStdString(), value.toStdString()});
+        reply(message, {});
+    } else if (method == "ReadAlias") {
+        reply(message, {QVariant::fromValue(QDBusObjectPath("/org/freedesktop/secrets/collection/login"))});
     } else {
         return false;
     }

@@ -15,6 +15,8 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
 #include <QFile>
 #include <QProcess>
 #include <gtest/gtest.h>
@@ -51,6 +53,15 @@ struct SecretServiceKeyStoreTest : testing::Test {
         });
         return reading;
     }
+    /// The reply to the call that shows it comes before the reply to a later call.
+    static void waitUntilThePromptIsOpen() {
+        const auto bus = QDBusConnection::sessionBus();
+        QDBusPendingCallWatcher later(bus.asyncCall(QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
+            QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("ReadAlias"))));
+        EXPECT_TRUE(runUntil([&] { return later.isFinished(); }));
+        QCoreApplication::processEvents();
+    }
     std::string read(const KeyStoreItem& item) {
         const auto reading = beginRead(item);
         EXPECT_TRUE(runUntil([&] { return reading->isDone; }));
@@ -86,6 +97,22 @@ struct GnomeKeyringTest : SecretServiceKeyStoreTest {
                     QStringLiteral("account"), QString::fromStdString(item.account)});
         EXPECT_TRUE(tool.waitForFinished());
         return tool.readAllStandardOutput().toStdString();
+    }
+
+    /// In any collection, locked or not.
+    static int itemCount(const KeyStoreItem& item) {
+        auto call = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
+            QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("SearchItems"));
+        call.setArguments({QVariant::fromValue(
+            QMap<QString, QString>{{QStringLiteral("service"), QString::fromStdString(item.service)},
+                                   {QStringLiteral("account"), QString::fromStdString(item.account)}})});
+        int found = 0;
+        const auto lists = QDBusConnection::sessionBus().call(call).arguments();
+        for (const auto& list : lists) {
+            found += static_cast<int>(qdbus_cast<QList<QDBusObjectPath>>(list).size());
+        }
+        return found;
     }
 };
 
@@ -128,6 +155,28 @@ TEST_F(GnomeKeyringTest, whatWasWrittenLastIsKeptWhenTheProgramEnds) {
     store->remove(token);
     store->finishChanges(10s);
     EXPECT_EQ(lookUp(token), "");
+}
+
+TEST_F(GnomeKeyringTest, aTokenIsUpdatedWhereItIsWhenAnotherCollectionHasBecomeTheDefaultOne) {
+    const auto becomesDefault = [](const char* collection) {
+        auto call = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
+            QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("SetAlias"));
+        call.setArguments({QStringLiteral("default"), QVariant::fromValue(QDBusObjectPath(collection))});
+        EXPECT_EQ(QDBusConnection::sessionBus().call(call).type(), QDBusMessage::ReplyMessage);
+    };
+    store->write(token, "first");
+    store->finishChanges(10s);
+    becomesDefault("/org/freedesktop/secrets/collection/session");
+    store->write(token, "second");
+    EXPECT_EQ(read(token), "second");
+    EXPECT_EQ(itemCount(token), 1);
+    becomesDefault("/org/freedesktop/secrets/collection/login");
+    EXPECT_EQ(read(token), "second");
+    EXPECT_EQ(lookUp(token), "second");
+    store->remove(token);
+    EXPECT_EQ(read(token), "no token");
+    EXPECT_EQ(itemCount(token), 0);
 }
 
 TEST_F(GnomeKeyringTest, theRealDaemonsLockHoldsTheTokenBackAndLosesNothing) {
@@ -173,7 +222,7 @@ TEST_F(SecretServiceKeyStoreTest, aServiceThatRefusesToEncryptOrTalksNonsenseKee
         const FakeSecretService fake(behaviour, "secret");
         store->write(token, "x");
         EXPECT_EQ(read(token), "no token");
-        EXPECT_EQ(std::ranges::count(fake.calls, "CreateItem"), 0);
+        EXPECT_EQ(std::ranges::count(fake.calls, "CreateItem") + std::ranges::count(fake.calls, "SetSecret"), 0);
     }
 }
 
@@ -221,15 +270,69 @@ TEST_F(SecretServiceKeyStoreTest, aReadThatIsStillWaitingEndsWithTheStore) {
     fake.isLocked = true;
     fake.isPromptSilent = true;
     const auto reading = beginRead(token);
-    store->write(token, "never");
-    EXPECT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
-    const auto start = std::chrono::steady_clock::now();
-    store->finishChanges(50ms);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    ASSERT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
+    waitUntilThePromptIsOpen();
     store.reset();
-    mainThread.end();
+    // The person answers after all, and nobody is there to hear it.
+    fake.answerPrompt(false);
+    EXPECT_TRUE(runUntil([&] { return reading.use_count() == 1; }, 5s)) << "the task that read is still there";
+    EXPECT_FALSE(runUntil([&] { return reading->isDone; }, 100ms));
+}
+
+TEST_F(SecretServiceKeyStoreTest, aWriteWhosePromptIsOpenIsWaitedForAsLongAsIsAllowedAndThenEndsWithTheStore) {
+    FakeSecretService fake(FakeSecretService::Behaviour::answers, "behind the lock");
+    fake.isLocked = true;
+    fake.isPromptSilent = true;
+    store->write(token, "never");
+    const auto reading = beginRead(token);
+    ASSERT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
+    waitUntilThePromptIsOpen();
+    const auto start = std::chrono::steady_clock::now();
+    store->finishChanges(200ms);
+    const auto waited = std::chrono::steady_clock::now() - start;
+    // A timer of the event loop may be early by a twentieth.
+    EXPECT_GE(waited, 180ms);
+    EXPECT_LT(waited, 5s);
+    store.reset();
+    EXPECT_TRUE(runUntil([&] { return reading.use_count() == 1; }, 5s)) << "the task that read is still there";
+    fake.answerPrompt(false);
+    EXPECT_FALSE(runUntil([&] { return reading->isDone; }, 100ms));
+    EXPECT_EQ(std::ranges::count(fake.calls, "SetSecret"), 0);
+}
+
+TEST_F(SecretServiceKeyStoreTest, aWriteEndsTheWaitAtTheEndAsSoonAsThePersonAnswers) {
+    FakeSecretService fake(FakeSecretService::Behaviour::answers, "old");
+    fake.isLocked = true;
+    fake.isPromptSilent = true;
+    store->write(token, "new");
+    ASSERT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
+    QTimer::singleShot(0, &fake, [&] { fake.answerPrompt(false); });
+    store->finishChanges(30s);
+    EXPECT_EQ(std::ranges::count(fake.calls, "SetSecret"), 1);
+    EXPECT_EQ(read(token), "new");
+}
+
+TEST_F(SecretServiceKeyStoreTest, aStoreThatEndsWhileItConnectsLetsGoOfWhoAsked) {
+    const FakeSecretService fake(FakeSecretService::Behaviour::answers, "secret");
+    const auto reading = beginRead(token);
+    store->write(token, "never");
+    // The read runs up to its wait for the bus, whose answer then finds no store.
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    store.reset();
+    EXPECT_TRUE(runUntil([&] { return reading.use_count() == 1; }, 5s)) << "the task that read is still there";
     EXPECT_FALSE(reading->isDone);
-    EXPECT_EQ(reading.use_count(), 1) << "the task that read is still there";
+    EXPECT_EQ(fake.calls, std::vector<std::string>{});
+}
+
+TEST_F(SecretServiceKeyStoreTest, aStoreThatEndsWithAnAnswerOnItsWayAsksNothingMore) {
+    const FakeSecretService fake(FakeSecretService::Behaviour::answers, "secret");
+    const auto reading = beginRead(token);
+    ASSERT_TRUE(runUntil([&] { return !fake.calls.empty(); }));
+    store.reset();
+    EXPECT_TRUE(runUntil([&] { return reading.use_count() == 1; }, 5s)) << "the task that read is still there";
+    EXPECT_EQ(reading->value, std::nullopt);
+    EXPECT_EQ(fake.calls, std::vector<std::string>{"OpenSession"});
 }
 
 TEST(SecretCipherTest, whatOneSideSealsTheOtherOpensAndNobodyElse) {
