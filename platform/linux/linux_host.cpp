@@ -42,7 +42,8 @@ LinuxHost::LinuxHost(const Settings& settings)
       loginItem_(
           settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
           settings.program),
-      powerOff_(network_.context(), network_.workers(), mainThread_.executor(), [] { QCoreApplication::quit(); }) {}
+      powerOff_(clock_, network_.context(), network_.workers(), mainThread_.executor(),
+                [] { QCoreApplication::quit(); }) {}
 
 LinuxHost::~LinuxHost() {
     shutDown();

@@ -3,6 +3,7 @@
 #include "platform/linux/dbus_calls.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <list>
 #include <optional>
@@ -29,6 +30,9 @@ const QString loginService = QStringLiteral("org.freedesktop.login1");
 const QString loginPath = QStringLiteral("/org/freedesktop/login1");
 const QString loginInterface = QStringLiteral("org.freedesktop.login1.Manager");
 
+/// How long a desktop session may take to end once it was announced.
+constexpr std::chrono::seconds logOutLimit{30};
+
 /// What one observer asked to be called.
 class Registration final : public PowerOffNotifications::Observer {
 public:
@@ -42,8 +46,9 @@ private:
 
 class PowerOff::State : public std::enable_shared_from_this<State> {
 public:
-    State(asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit)
-        : workers_(std::move(workers)),
+    State(Clock& clock, asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit)
+        : clock_(clock),
+          workers_(std::move(workers)),
           mainThread_(std::move(mainThread)),
           quit_(std::move(quit)),
           signals_(network, SIGTERM) {}
@@ -52,7 +57,8 @@ public:
         waitForSignal();
         if (auto* const application = qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
             QObject::connect(
-                application, &QGuiApplication::commitDataRequest, &receiver_, [this] { run(); }, Qt::DirectConnection);
+                application, &QGuiApplication::commitDataRequest, &receiver_, [this] { logOutAnnounced(); },
+                Qt::DirectConnection);
         }
         asio::post(workers_, [self = shared_from_this()] {
             if (QDBusConnection::systemBus().isConnected()) {
@@ -84,6 +90,7 @@ public:
             boost::system::error_code ignored;
             self->signals_.cancel(ignored);
         });
+        logOutIsOver_.reset();
         announced_.reset();
         loginServiceAppears_.reset();
         lock_ = {};
@@ -104,6 +111,7 @@ private:
             }
             asio::post(self->mainThread_, [self] {
                 if (!self->isEnded_) {
+                    self->logOutIsOver_.reset();
                     self->run();
                     self->quit_();
                 }
@@ -125,9 +133,20 @@ private:
         }
     }
 
+    void logOutAnnounced() {
+        if (isEnded_) {
+            return;
+        }
+        run();
+        if (!isShuttingDown_) {
+            logOutIsOver_ = clock_.callAfter(logOutLimit, mainThread_, [this] { hasRun_ = false; });
+        }
+    }
+
     void shutdownAnnounced(const QDBusMessage& signal) {
         const bool isBeginning = !signal.arguments().isEmpty() && signal.arguments().constFirst().toBool();
         isShuttingDown_ = isBeginning;
+        logOutIsOver_.reset();
         if (isBeginning) {
             run();
             lock_ = {};
@@ -153,6 +172,7 @@ private:
         });
     }
 
+    Clock& clock_;
     Executor workers_;
     Executor mainThread_;
     std::function<void()> quit_;
@@ -163,13 +183,16 @@ private:
     bool hasRun_ = false;
     bool isShuttingDown_ = false;
     bool isEnded_ = false;
+    /// Withdrawn by what ends more than the desktop session.
+    Timer logOutIsOver_;
     std::optional<DBusSignal> announced_;
     std::optional<QDBusServiceWatcher> loginServiceAppears_;
     QObject receiver_;
 };
 
-PowerOff::PowerOff(asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit)
-    : state_(std::make_shared<State>(network, std::move(workers), std::move(mainThread), std::move(quit))) {
+PowerOff::PowerOff(Clock& clock, asio::io_context& network, Executor workers, Executor mainThread,
+                   std::function<void()> quit)
+    : state_(std::make_shared<State>(clock, network, std::move(workers), std::move(mainThread), std::move(quit))) {
     state_->begin();
 }
 

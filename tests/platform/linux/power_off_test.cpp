@@ -4,10 +4,14 @@
 #include "platform/linux/qt_main_thread.h"
 #include "tests/platform/linux/qt_loop.h"
 
+#include <array>
+#include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <unistd.h>
+#include <utility>
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -20,23 +24,58 @@
 namespace zelkovanta::platform::linux_host {
 namespace {
 
+using namespace std::chrono_literals;
+
 const QString loginService = QStringLiteral("org.freedesktop.login1");
 const QString loginPath = QStringLiteral("/org/freedesktop/login1");
 const QString loginInterface = QStringLiteral("org.freedesktop.login1.Manager");
+
+/// Calls nobody by itself.
+class StoppedClock final : public Clock {
+public:
+    [[nodiscard]] SteadyTime steadyNow() const override { return {}; }
+    [[nodiscard]] WallTime wallNow() const override { return {}; }
+    [[nodiscard]] Timer callAfter(Duration delay, Executor, std::move_only_function<void()> call) override {
+        delay_ = delay;
+        call_ = std::make_shared<std::move_only_function<void()>>(std::move(call));
+        return Timer{[this, id = std::weak_ptr(call_)] {
+            if (id.lock() == call_) {
+                call_.reset();
+            }
+        }};
+    }
+
+    /// How long the call that is waited for shall be delayed; none if nobody waits.
+    [[nodiscard]] std::optional<Duration> delay() const { return call_ ? std::optional{delay_} : std::nullopt; }
+    void reach() {
+        const auto call = std::exchange(call_, nullptr);
+        (*call)();
+    }
+
+private:
+    Duration delay_{};
+    std::shared_ptr<std::move_only_function<void()>> call_;
+};
 
 struct PowerOffTest : testing::Test {
     int count = 0;
     QGuiApplication application{count, nullptr};
     QtMainThread mainThread;
     NetworkThread network;
+    StoppedClock clock;
     int handled = 0;
     int quits = 0;
     std::optional<PowerOff> powerOff;
     std::unique_ptr<PowerOffNotifications::Observer> observer;
 
     void begin() {
-        powerOff.emplace(network.context(), network.workers(), mainThread.executor(), [this] { ++quits; });
+        powerOff.emplace(clock, network.context(), network.workers(), mainThread.executor(), [this] { ++quits; });
         observer = powerOff->observe([this] { ++handled; });
+    }
+    void announceLogOut() {
+        // The session's manager is not touched.
+        alignas(QSessionManager) std::array<std::byte, sizeof(QSessionManager)> storage{};
+        Q_EMIT application.commitDataRequest(*reinterpret_cast<QSessionManager*>(storage.data()));
     }
     ~PowerOffTest() override {
         powerOff.reset();
@@ -68,11 +107,44 @@ TEST_F(PowerOffTest, anObservationThatEndedIsNotCalled) {
 
 TEST_F(PowerOffTest, theEndOfTheDesktopSessionRunsTheHandlerBeforeItGoesOn) {
     begin();
-    // The session's manager is not touched.
-    alignas(QSessionManager) std::array<std::byte, sizeof(QSessionManager)> storage{};
-    Q_EMIT application.commitDataRequest(*reinterpret_cast<QSessionManager*>(storage.data()));
+    announceLogOut();
     EXPECT_EQ(handled, 1);
     EXPECT_EQ(quits, 0);
+    announceLogOut();
+    EXPECT_EQ(handled, 1);
+}
+
+TEST_F(PowerOffTest, aLogOutThatThisProcessOutlivesByHalfAMinuteCountsAsNone) {
+    begin();
+    announceLogOut();
+    ASSERT_EQ(clock.delay(), 30s);
+    clock.reach();
+    EXPECT_EQ(handled, 1);
+    announceLogOut();
+    EXPECT_EQ(handled, 2);
+    clock.reach();
+    ::kill(::getpid(), SIGTERM);
+    EXPECT_TRUE(runUntil([this] { return quits == 1; }));
+    EXPECT_EQ(handled, 3);
+}
+
+TEST_F(PowerOffTest, sigtermInTheMidstOfALogOutEndsTheCounting) {
+    begin();
+    announceLogOut();
+    ::kill(::getpid(), SIGTERM);
+    EXPECT_TRUE(runUntil([this] { return quits == 1; }));
+    EXPECT_EQ(clock.delay(), std::nullopt);
+    EXPECT_EQ(handled, 1);
+}
+
+TEST_F(PowerOffTest, nothingIsHandledOrCountedOnceStopped) {
+    begin();
+    announceLogOut();
+    powerOff->stop();
+    EXPECT_EQ(clock.delay(), std::nullopt);
+    announceLogOut();
+    EXPECT_EQ(clock.delay(), std::nullopt);
+    EXPECT_EQ(handled, 1);
 }
 
 struct LoginServiceTest : PowerOffTest {
@@ -161,6 +233,31 @@ TEST_F(LoginServiceTest, aShutdownThatWasCalledOffCountsAsNone) {
     EXPECT_TRUE(runUntil([this] { return locks() == 1; }));
     announce(true);
     EXPECT_TRUE(runUntil([this] { return handled == 2; }));
+}
+
+TEST_F(LoginServiceTest, aShutdownAfterALogOutThatWasCalledOffRunsTheHandler) {
+    ASSERT_NO_FATAL_FAILURE(startService());
+    begin();
+    EXPECT_TRUE(runUntil([this] { return locks() == 1; }));
+    announceLogOut();
+    EXPECT_EQ(handled, 1);
+    clock.reach();
+    announce(true);
+    EXPECT_TRUE(runUntil([this] { return handled == 2; }));
+}
+
+TEST_F(LoginServiceTest, aShutdownInTheMidstOfALogOutIsTheSameEnd) {
+    ASSERT_NO_FATAL_FAILURE(startService());
+    begin();
+    EXPECT_TRUE(runUntil([this] { return locks() == 1; }));
+    announceLogOut();
+    announce(true);
+    EXPECT_TRUE(runUntil([this] { return locks() == 0; }));
+    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(clock.delay(), std::nullopt);
+    announceLogOut();
+    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(clock.delay(), std::nullopt);
 }
 
 TEST_F(LoginServiceTest, aLoginServiceThatComesLaterIsAskedThen) {
