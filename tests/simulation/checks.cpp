@@ -72,35 +72,6 @@ Complaint brokenSession(const store::StoreState& state) {
     return std::nullopt;
 }
 
-Complaint brokenStation(const Computer& computer, const store::StoreState& state) {
-    const auto& session = state.flexibleRoomSession;
-    if (session.confirmedRoomId && !session.signedInMemberId) {
-        return "a room is confirmed without a member";
-    }
-    // A move to another office takes the device and the rooms away and leaves the session to the next snapshot; until
-    // then no room counts as confirmed.
-    const auto confirmed = state.device ? session.confirmedRoomId : store::confirmedFlexibleRoomId(state);
-    if (confirmed) {
-        const records::Room* room = store::roomById(state, *confirmed);
-        if (room == nullptr || !room->active.value_or(true)) {
-            return "the confirmed room is not an active one";
-        }
-        if (!state.device || state.device->signedInMemberId != session.signedInMemberId) {
-            return "the confirmed room is not the signed-in member's";
-        }
-    }
-    const bool isBound = state.device && state.device->memberId;
-    const bool isSignedIn = state.device && state.device->signedInMemberId && !isBound;
-    if (isSignedIn && computer.watch().signInLogin() != computer.login()) {
-        return "shows a sign-in that was made in another login";
-    }
-    if (!isSignedIn && !isBound && state.role == records::DeviceRole::shared &&
-        (store::activeQueueCount(state) != 0 || !store::receivedSignals(state).empty())) {
-        return "shows a queue to nobody";
-    }
-    return std::nullopt;
-}
-
 template <class Record>
 Complaint listDifference(const std::vector<Record>& shown, const std::vector<Record>& expected, Order order,
                          const std::string& what) {
@@ -181,6 +152,46 @@ Complaint compareQueue(const store::SignalList& shown, std::vector<const office:
 
 }  // namespace
 
+StationView viewOf(const store::StoreState& state) {
+    return {.confirmedRoomId = store::confirmedFlexibleRoomId(state),
+            .received = store::receivedSignals(state).size(),
+            .count = store::activeQueueCount(state)};
+}
+
+Complaint brokenStation(const store::StoreState& state, const StationView& view, Logins logins) {
+    const auto& session = state.flexibleRoomSession;
+    if (session.confirmedRoomId && !session.signedInMemberId) {
+        return "a room is confirmed without a member";
+    }
+    if (view.confirmedRoomId) {
+        const records::Room* room = store::roomById(state, *view.confirmedRoomId);
+        if (room == nullptr || !room->active.value_or(true)) {
+            return "the confirmed room is not an active one";
+        }
+        if (!state.device || !state.device->signedInMemberId ||
+            state.device->signedInMemberId != session.signedInMemberId) {
+            return "the confirmed room is not the signed-in member's";
+        }
+    }
+    // A move to another office takes the device and the rooms away and leaves the session to the next snapshot; at any
+    // other time what is kept is in order, too.
+    if (state.device && session.confirmedRoomId && view.confirmedRoomId != session.confirmedRoomId) {
+        return "a confirmed room is kept that does not count";
+    }
+    const bool isBound = state.device && state.device->memberId;
+    const bool isSignedIn = state.device && state.device->signedInMemberId && !isBound;
+    if (isSignedIn && logins.ofSignIn != logins.now) {
+        return "shows a sign-in that was made in another login";
+    }
+    if (!isSignedIn && !isBound && view.received != 0) {
+        return "shows a queue to nobody";
+    }
+    if (!isSignedIn && !isBound && state.role == records::DeviceRole::shared && view.count != 0) {
+        return "counts a queue for nobody";
+    }
+    return std::nullopt;
+}
+
 Complaint brokenInvariant(const Computer& computer, const store::StoreChanges& changes, const office::State& office) {
     const store::StoreState& state = computer.state();
     if (isPoisoned(state, changes)) {
@@ -192,7 +203,8 @@ Complaint brokenInvariant(const Computer& computer, const store::StoreChanges& c
     if (auto complaint = brokenSession(state)) {
         return complaint;
     }
-    if (auto complaint = brokenStation(computer, state)) {
+    if (auto complaint = brokenStation(state, viewOf(state),
+                                       {.ofSignIn = computer.watch().signInLogin(), .now = computer.login()})) {
         return complaint;
     }
     return state.office ? foreignRecord(state, changes, office) : std::nullopt;

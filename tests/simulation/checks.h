@@ -3,6 +3,7 @@
 #include "records/snapshot.h"
 #include "tests/simulation/computer.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -10,6 +11,21 @@
 namespace zelkovanta::simulation {
 
 using Complaint = std::optional<std::string>;
+
+/// The logins of a computer, counted: the one in which somebody last signed in, and the one that runs.
+struct Logins {
+    int ofSignIn = 0;
+    int now = 0;
+};
+/// What a station answers when it is asked for the room that counts, and for whom signals are.
+struct StationView {
+    std::optional<std::string> confirmedRoomId;
+    std::size_t received = 0;
+    std::size_t count = 0;  ///< at the badge
+};
+[[nodiscard]] StationView viewOf(const store::StoreState& state);
+/// What does not hold of a station: whoever is signed in, and the room that counts as theirs.
+[[nodiscard]] Complaint brokenStation(const store::StoreState& state, const StationView& view, Logins logins);
 
 /// The store's own invariants, and that nothing poisoned and nothing of another office is in it. Only the parts that
 /// changed are looked at.

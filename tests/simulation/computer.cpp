@@ -1,5 +1,6 @@
 #include "tests/simulation/computer.h"
 
+#include "store/queues.h"
 #include "store/settings.h"
 
 #include <utility>
@@ -50,7 +51,20 @@ Process::Process(const ComputerSurroundings& surroundings, const Host& host, Cha
                                      .strings = strings_,
                                      .defaultServerURL = serverURL()},
                                     collaborators_.with(notifications_));
-    observation_ = store_->observe(observer);
+    observation_ = store_->observe([this, observer, &watch = host.watch](const store::StoreChanges& changes) {
+        showWhatIsNeeded(watch);
+        observer(changes);
+    });
+}
+
+void Process::showWhatIsNeeded(Watch& watch) {
+    const bool isNeeded = state().isPaired && store::needsSignIn(state());
+    if (isNeeded && !signInCodeViewer_) {
+        watch.personAsked(Route::signInCode);
+        signInCodeViewer_ = store_->showSignInCode();
+    } else if (!isNeeded) {
+        signInCodeViewer_.reset();
+    }
 }
 
 Process::~Process() {
@@ -66,6 +80,7 @@ void Process::kill() {
         return;
     }
     observation_.reset();
+    signInCodeViewer_.reset();
     main_.end();
     background_.end();
     port_.letGo();

@@ -78,6 +78,9 @@ public:
     void kill();
 
 private:
+    /// Shows a sign-in code as long as the screen would.
+    void showWhatIsNeeded(Watch& watch);
+
     platform::simulated::EventLoop::Thread& main_;
     platform::simulated::SimulatedBackground background_;
     NetworkPort port_;
@@ -96,6 +99,7 @@ private:
     std::unique_ptr<platform::Clock> wrappedClock_;
     std::shared_ptr<store::AppStore> store_;
     std::shared_ptr<void> observation_;
+    std::shared_ptr<void> signInCodeViewer_;
 };
 
 /// One computer of the practice: what outlives its processes, its link, and the process that runs.

@@ -49,7 +49,15 @@ void People::signInByPhone(Computer& computer) {
     }
     const office::Device* kept = surroundings_.office.state().find<office::Device>(device->id);
     const office::Member* member = kept == nullptr ? nullptr : anyOf<office::Member>(kept->practiceId);
-    if (member != nullptr) {
+    if (member == nullptr) {
+        return;
+    }
+    if (chance_.happens(0.6)) {
+        // Fails where the computer shows no code that the office knows.
+        surroundings_.office.order("scan", [id = device->id, who = member->id](office::Office& office, auto now) {
+            return office.scanSignInCode(id, who, now);
+        });
+    } else {
         surroundings_.office.order("sign in", [id = device->id, who = member->id](office::Office& office, auto now) {
             return office.signIn(id, who, now);
         });

@@ -10,11 +10,13 @@ using namespace std::chrono_literals;
 namespace {
 
 // What the rules of the client allow in a minute, with nobody pressing anything. A refused upgrade asks for the state
-// again after 10 s at the earliest; a failed setup request is repeated after 8 s; a setup is polled every 2 s.
+// again after 10 s at the earliest; a failed setup request is repeated after 8 s; a setup is polled every 2 s;
+// a failed request for a sign-in code is repeated after 10 s.
 constexpr std::size_t mostStateRequests = 7;
 constexpr std::size_t mostSetupRequests = 8;
 constexpr std::size_t mostPolls = 31;
 constexpr std::size_t mostSignOuts = 1;
+constexpr std::size_t mostSignInCodes = 7;
 
 constexpr auto longestEnforcedGap = 15s;
 
@@ -44,6 +46,9 @@ Route routeOf(std::string_view method, std::string_view path) {
     }
     if (path.ends_with("/devices/me/signout")) {
         return Route::signOut;
+    }
+    if (path.ends_with("/devices/me/signin-qr")) {
+        return Route::signInCode;
     }
     return method == "DELETE" && path.ends_with("/devices/me") ? Route::unlink : Route::other;
 }
@@ -78,6 +83,7 @@ void Watch::sessionBegan() {
     stateCauses_.add(loop_.now());
     setupCauses_.add(loop_.now());
     pollCauses_.add(loop_.now());
+    signInCodeCauses_.add(loop_.now());
 }
 
 void Watch::limit(LastMinute& requests, LastMinute& causes, std::size_t most, std::string_view what) {
@@ -104,6 +110,9 @@ void Watch::requestBegan(Route route) {
         case Route::signOut:
             limit(signOuts_, signOutCauses_, mostSignOuts, "sign-out");
             break;
+        case Route::signInCode:
+            limit(signInCodes_, signInCodeCauses_, mostSignInCodes, "sign-in code");
+            break;
         default:
             break;  // Made by a press each.
     }
@@ -113,6 +122,8 @@ void Watch::personAsked(Route route) {
     const auto now = loop_.now();
     if (route == Route::signOut) {
         signOutCauses_.add(now);
+    } else if (route == Route::signInCode) {
+        signInCodeCauses_.add(now);
     } else if (route == Route::requestSetup) {
         setupCauses_.add(now);
         pollCauses_.add(now);

@@ -21,6 +21,7 @@ enum class Route : std::uint8_t {
     act,
     status,
     signOut,
+    signInCode,
     unlink,
     other,
 };
@@ -119,6 +120,7 @@ private:
     LastMinute setupRequests_, setupCauses_;
     LastMinute polls_, pollCauses_;
     LastMinute signOuts_, signOutCauses_;
+    LastMinute signInCodes_, signInCodeCauses_;
 };
 
 }  // namespace zelkovanta::simulation
