@@ -1,71 +1,52 @@
 """The road of a signal, played in two real windows. Every step is something that was seen in a window."""
 
 import re
-import time
 
 from stage import PROVIDER, ROOM
+from steps import watch
 from windows import Window, accessibility_bus
 
 NOTE = "Second visit"
-QUICK = 0.001
-
-
-def watch():
-    """Nothing is done: what comes by itself is waited for."""
 
 
 class Road:
-    def __init__(self, stage):
-        self.stage = stage
+    def __init__(self, stage, step):
+        self.stage, self.step = stage, step
         self.processes = stage.processes
-        self.number = 0
         self.room = self.provider = None
         self.sent = self.received = None
 
-    def step(self, what, act, seen, limit=20.0, interval=QUICK):
-        """Does something, waits until it is seen, and tells how long that took."""
-        self.number += 1
-        begun = time.monotonic()
-        act()
-        self.processes.until(what, seen, limit, interval)
-        took = (time.monotonic() - begun) * 1000
-        print(f"{self.number:3}. {what:<74} {took:8.1f} ms", flush=True)
-
-    def play(self):
+    def join_and_play(self):
+        """Two computers that an admin's script sets up, and then the road."""
         bus = accessibility_bus(self.stage.environment["DBUS_SESSION_BUS_ADDRESS"])
         self.stage.start_office()
-        self.room = self.join(bus, "room3", ROOM, "--role", "room", "--room", ROOM)
-        self.provider = self.join(bus, "provider", PROVIDER, "--role", "member", "--member", PROVIDER)
+        room = self.join(bus, "room3", ROOM, "--role", "room", "--room", ROOM)
+        provider = self.join(bus, "provider", PROVIDER, "--role", "member", "--member", PROVIDER)
+        self.stage.arrange_windows(room.process, provider.process)
+        self.play(room, provider)
+
+    def play(self, room, provider):
+        self.room, self.provider = room, provider
         self.sent = self.room.list("Sent")
         self.received = self.provider.list("Received")
-        self.stage.arrange_windows(self.room.process, self.provider.process)
         self.send_and_finish()
         self.lose_the_office()
         self.send_once_more()
 
     def join(self, bus, profile, title, *placement):
-        process = None
+        window = []
 
-        def start():
-            nonlocal process
-            process = self.stage.start_computer(profile)
+        def shows_code():
+            if not window:
+                window.append(Window(bus, self.stage.computers[profile], self.processes))
+            return window[0].shows_picture("Setup code")
 
-        windows = []
-
-        def shows_setup():
-            if not windows:
-                windows.append(Window(bus, process, self.processes))
-            return windows[0].says("Set up this computer")
-
-        self.step(f"{profile} starts for the first time and asks to be set up", start, shows_setup)
-        window = windows[0]
-        self.step(f"{profile} shows its setup code", watch, lambda: window.find("graphic", "Setup code") or
-                  window.find("icon", "Setup code") or window.find("image", "Setup code"))
-        self.stage.take_picture(f"{profile}-setup")
+        self.step(f"{profile} starts for the first time and shows its setup code",
+                  lambda: self.stage.start_computer(profile), shows_code)
         self.step(f"the office approves it, and it has become {title}",
-                  lambda: self.stage.approve(*placement), lambda: window.says(title))
-        self.step(f"{title} is connected", watch, lambda: window.says("Connected"))
-        return window
+                  lambda: self.stage.approve(*placement), lambda: window[0].says(title))
+        self.step(f"{title} is connected", watch, lambda: window[0].says("Connected"))
+        return window[0]
 
     def status_seen(self, rows, status):
         return lambda: rows.has_row(status)

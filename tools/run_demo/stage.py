@@ -51,6 +51,7 @@ class Stage:
         self.database = os.path.join(folder, "office.db")
         self.short = None
         self.office = None
+        self.computers = {}
         self.environment = dict(os.environ)
         self.processes = Processes(os.path.join(folder, "logs"))
         for program in (self.office_program, self.client_program):
@@ -178,9 +179,15 @@ class Stage:
             raise DemoError(f"The office refused \"{' '.join(words)}\": {done.stderr.strip()}")
         return done.stdout.strip()
 
+    @property
+    def console_address(self):
+        return f"http://127.0.0.1:{PORT}/"
+
     def start_computer(self, profile, **changes):
-        return self.processes.start(profile, [self.client_program],
-                                    dict(self.environment, ZELKOVANTA_PROFILE=profile, **changes))
+        computer = self.processes.start(profile, [self.client_program],
+                                        dict(self.environment, ZELKOVANTA_PROFILE=profile, **changes))
+        self.computers[profile] = computer
+        return computer
 
     def approve(self, *placement):
         return self.order("approve", *placement, "--wait", "30")

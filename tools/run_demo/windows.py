@@ -6,7 +6,9 @@ import dbus
 from processes import DemoError
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
+ACTION = "org.a11y.atspi.Action"
 INVISIBLE_ROLES = {"scroll bar"}
+PICTURE_ROLES = {"graphic", "icon", "image"}
 STATE_SHOWING = 25
 STATE_VISIBLE = 30
 
@@ -38,7 +40,8 @@ class Node:
         return [Node(self.bus, owner, path) for owner, path in self.remote.GetChildren(dbus_interface=ACCESSIBLE)]
 
     def press(self):
-        if not self.remote.DoAction(0, dbus_interface="org.a11y.atspi.Action"):
+        names = [str(name) for name, _, _ in self.remote.GetActions(dbus_interface=ACTION)]
+        if "Press" not in names or not self.remote.DoAction(names.index("Press"), dbus_interface=ACTION):
             raise DemoError(f'"{self.name}" cannot be pressed.')
 
     def write(self, text):
@@ -102,8 +105,11 @@ class Window:
     def wait_until_it_says(self, text, limit=20.0):
         return self.processes.until(f'{self.process.name} says "{text}"', lambda: self.says(text), limit)
 
-    def press(self, button):
-        self.wait_for("push button", button).press()
+    def shows_picture(self, name):
+        return any(self.find(role, name) for role in PICTURE_ROLES)
+
+    def press(self, name, role="push button"):
+        self.wait_for(role, name).press()
 
     def list(self, name):
         return List(self, self.wait_for("list", name))
