@@ -94,8 +94,7 @@ std::string cased(std::string_view text, bool upper) {
     return result;
 }
 
-std::string askSessionBusId() {
-    const auto bus = QDBusConnection::sessionBus();
+std::string idOf(const QDBusConnection& bus) {
     if (!bus.isConnected()) {
         return {};
     }
@@ -109,7 +108,22 @@ std::string askSessionBusId() {
     return reply.arguments().constFirst().toString().toStdString();
 }
 
+/// The value in a line "NAME=value" of a file of the login service.
+std::optional<std::string> assignedValue(std::string_view text, std::string_view name) {
+    return findLine(text, [name](std::string_view line) -> std::optional<std::string> {
+        const bool isIt = line.starts_with(name) && line.substr(name.size()).starts_with('=');
+        return isIt ? std::optional{unquoted(line.substr(name.size() + 1))} : std::nullopt;
+    });
+}
+
 }  // namespace
+
+std::string sessionBusId(const std::string& address) {
+    const QString name = QStringLiteral("zelkovanta bus id");
+    std::string id = idOf(QDBusConnection::connectToBus(QString::fromStdString(address), name));
+    QDBusConnection::disconnectFromBus(name);
+    return id;
+}
 
 std::string languageTag(std::string_view locale) {
     constexpr std::string_view fallback = "en-US";
@@ -138,7 +152,8 @@ HostSources HostSources::ofThisComputer() {
         std::array<char, 256> name{};
         return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string{name.data()} : std::string{};
     };
-    sources.sessionBusId = askSessionBusId;
+    sources.sessionBusId = [] { return idOf(QDBusConnection::sessionBus()); };
+    sources.userId = ::getuid();
     return sources;
 }
 
@@ -194,8 +209,9 @@ double LinuxHostInfo::bootTime() const {
     return isNumber && seconds > 0 ? seconds : 0;
 }
 
-// A program of a login runs in its session's scope; one that the person's service manager started does not, and
-// inherits the variable at best, which counts only while that session is there.
+// A program of a login runs in its session's scope. One that the person's service manager started does not: it inherits
+// the variable at best, which counts only while that session is there, for the service manager and the session bus may
+// outlive a login. Else the session counts that the person has in front of them.
 std::optional<std::string> LinuxHostInfo::loginSession() const {
     const auto groups = readFile(sources_.root / "proc/self/cgroup", maximumFactSize);
     const auto inScope = findLine(groups.value_or(""), [](std::string_view line) -> std::optional<std::string> {
@@ -212,12 +228,22 @@ std::optional<std::string> LinuxHostInfo::loginSession() const {
     if (inScope) {
         return inScope;
     }
-    const auto inherited = sources_.environment("XDG_SESSION_ID");
-    if (inherited && inherited->find('/') == std::string::npos &&
-        readFile(sources_.root / "run/systemd/sessions" / *inherited, 1)) {
+    if (const auto inherited = sources_.environment("XDG_SESSION_ID"); inherited && isOpenSession(*inherited)) {
         return inherited;
     }
+    const auto user = readFile(sources_.root / "run/systemd/users" / std::to_string(sources_.userId), maximumFactSize);
+    if (const auto shown = assignedValue(user.value_or(""), "DISPLAY"); shown && isOpenSession(*shown)) {
+        return shown;
+    }
     return std::nullopt;
+}
+
+bool LinuxHostInfo::isOpenSession(const std::string& session) const {
+    if (session.empty() || session.find('/') != std::string::npos) {
+        return false;
+    }
+    const auto facts = readFile(sources_.root / "run/systemd/sessions" / session, maximumFactSize);
+    return facts && assignedValue(*facts, "STATE") != "closing";
 }
 
 std::string LinuxHostInfo::auditSessionId() const {

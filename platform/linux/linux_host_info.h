@@ -3,6 +3,7 @@
 #include "platform/host_info.h"
 #include "platform/linux/environment.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -16,6 +17,7 @@ struct HostSources {
     Environment environment = processEnvironment();
     std::function<std::string()> hostName;      ///< the kernel's
     std::function<std::string()> sessionBusId;  ///< the bus's own id, empty without a bus; asked for once, if at all
+    std::uint32_t userId = 0;
 
     /// This computer's.
     [[nodiscard]] static HostSources ofThisComputer();
@@ -37,10 +39,15 @@ public:
 private:
     [[nodiscard]] std::optional<std::string> firstLine(const char* file) const;
     [[nodiscard]] std::optional<std::string> loginSession() const;
+    /// Whether the login service knows this session, and it is not being closed.
+    [[nodiscard]] bool isOpenSession(const std::string& session) const;
 
     HostSources sources_;
     mutable std::optional<std::string> busId_;
 };
+
+/// The id that the bus at this address has given itself when it began; empty if nothing answers there.
+[[nodiscard]] std::string sessionBusId(const std::string& address);
 
 /// BCP 47 from a locale's name such as "de_DE.UTF-8@euro"; "en-US" for "C", "POSIX" and what is no locale.
 [[nodiscard]] std::string languageTag(std::string_view locale);
