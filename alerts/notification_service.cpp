@@ -130,13 +130,9 @@ void NotificationService::post(platform::NotificationRequest request) {
 
 void NotificationService::reconcile(std::span<const std::string_view> activeSignalIds,
                                     std::optional<std::string_view> activeMemberId) {
-    ActiveSignals active;
-    active.ids.reserve(activeSignalIds.size());
-    for (const std::string_view id : activeSignalIds) {
-        active.ids.emplace(id);
-    }
-    active.memberId = activeMemberId;
-    latestActive_ = std::make_shared<const ActiveSignals>(std::move(active));
+    latestActive_ = std::make_shared<const ActiveSignals>(
+        ActiveSignals{.identifiers = expectedIdentifiers(activeSignalIds),
+                      .memberId = activeMemberId ? std::optional<std::string>{*activeMemberId} : std::nullopt});
     reconcile();
 }
 
@@ -151,18 +147,18 @@ void NotificationService::reconcile() {
 platform::UserNotificationCenter::Completion<platform::NotificationRequests> NotificationService::takeBackStale(
     Pass pass, Removal removal) {
     return [weak = weak_from_this(), main = ports_.main, pass = std::move(pass),
-            removal](const platform::NotificationRequests& requests) {
+            removal](platform::NotificationRequests requests) {
         std::vector<DesktopSignalNotificationIdentity> identities;
         identities.reserve(requests.size());
         for (const auto& request : requests) {
             identities.push_back(identityOf(*request));
         }
-        asio::post(main, [weak, pass, removal, identities = std::move(identities)] {
+        asio::post(main, [weak, pass, removal, requests = std::move(requests), identities = std::move(identities)] {
             const auto self = weak.lock();
             if (!self || self->reconciliationGeneration_ != pass.generation) {
                 return;
             }
-            auto stale = staleIdentifiers(identities, pass.active->ids, pass.active->memberId);
+            auto stale = staleIdentifiers(identities, pass.active->identifiers, pass.active->memberId);
             if (!stale.empty()) {
                 (self->ports_.center.*removal)(std::move(stale));
             }

@@ -68,7 +68,7 @@ private:
 
     /// What is open for whom, as the store told it last.
     struct ActiveSignals {
-        SignalIds ids;
+        ExpectedIdentifiers identifiers;
         std::optional<std::string> memberId;
     };
     struct Pass {

@@ -1,6 +1,7 @@
 #include "alerts/signal_notification.h"
 
-#include <utility>
+#include <cstddef>
+#include <unordered_set>
 #include <variant>
 
 namespace zelkovanta::alerts {
@@ -23,31 +24,38 @@ const std::string* textIn(const platform::NotificationUserInfo& userInfo, std::s
 
 DesktopSignalNotificationIdentity identityOf(const platform::NotificationRequest& request) {
     const std::string* memberId = textIn(request.content.userInfo, user_info_key::memberId);
-    return {.identifier = request.identifier, .memberId = memberId ? std::optional{*memberId} : std::nullopt};
+    return {.identifier = request.identifier,
+            .memberId = memberId ? std::optional<std::string_view>{*memberId} : std::nullopt};
 }
 
-std::vector<std::string> expectedIdentifiers(const SignalIds& activeSignalIds) {
-    std::vector<std::string> identifiers;
-    identifiers.reserve(activeSignalIds.size());
-    for (const std::string& id : activeSignalIds) {
-        identifiers.push_back(signalIdentifier(id));
+ExpectedIdentifiers::ExpectedIdentifiers(std::span<const std::string_view> activeSignalIds) {
+    std::size_t size = 0;
+    for (const std::string_view id : activeSignalIds) {
+        size += signalIdentifierPrefix.size() + id.size();
     }
-    return identifiers;
+    // Reserved as a whole, so that nothing moves while it is being written.
+    text_.reserve(size);
+    identifiers_.reserve(activeSignalIds.size());
+    for (const std::string_view id : activeSignalIds) {
+        const std::size_t begin = text_.size();
+        text_.insert(text_.end(), signalIdentifierPrefix.begin(), signalIdentifierPrefix.end());
+        text_.insert(text_.end(), id.begin(), id.end());
+        identifiers_.emplace_back(text_.data() + begin, text_.size() - begin);
+    }
 }
 
 std::vector<std::string> staleIdentifiers(std::span<const DesktopSignalNotificationIdentity> identities,
-                                          const SignalIds& activeSignalIds,
+                                          const ExpectedIdentifiers& expected,
                                           const std::optional<std::string>& memberId) {
     std::vector<std::string> stale;
     if (identities.empty()) {
         return stale;
     }
-    const std::vector<std::string> identifiers = expectedIdentifiers(activeSignalIds);
-    const std::unordered_set<std::string_view> expected(identifiers.begin(), identifiers.end());
+    const std::unordered_set<std::string_view> identifiers(expected.all().begin(), expected.all().end());
     for (const auto& identity : identities) {
         const bool isSignal = identity.identifier.starts_with(signalIdentifierPrefix);
-        if (isSignal && (identity.memberId != memberId || !expected.contains(identity.identifier))) {
-            stale.push_back(identity.identifier);
+        if (isSignal && (identity.memberId != memberId || !identifiers.contains(identity.identifier))) {
+            stale.emplace_back(identity.identifier);
         }
     }
     return stale;

@@ -6,7 +6,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 /// The form of a signal's notification in the notification centre, and which of them are out of date. Pure functions;
@@ -31,23 +30,37 @@ inline constexpr std::string_view memberId = "memberId";  ///< to whom the notif
 /// The text of an entry; null if there is none, or if it is no text.
 [[nodiscard]] const std::string* textIn(const platform::NotificationUserInfo& userInfo, std::string_view key);
 
-/// What a reconciliation knows of one pending or delivered notification.
+/// What a reconciliation knows of one pending or delivered notification. Points into the request.
 struct DesktopSignalNotificationIdentity {
-    std::string identifier;
-    std::optional<std::string> memberId;
+    std::string_view identifier;
+    std::optional<std::string_view> memberId;
     bool operator==(const DesktopSignalNotificationIdentity&) const = default;
 };
 [[nodiscard]] DesktopSignalNotificationIdentity identityOf(const platform::NotificationRequest& request);
 
-using SignalIds = std::unordered_set<std::string>;
+/// The identifiers that may stand in the centre. They lie in one piece of memory, since they are written at every
+/// change of the store and read only when there is something in the centre.
+class ExpectedIdentifiers {
+public:
+    explicit ExpectedIdentifiers(std::span<const std::string_view> activeSignalIds = {});
+    ExpectedIdentifiers(ExpectedIdentifiers&&) = default;
+    ExpectedIdentifiers& operator=(ExpectedIdentifiers&&) = default;
 
-/// The identifiers that may stand in the centre, in no order.
-[[nodiscard]] std::vector<std::string> expectedIdentifiers(const SignalIds& activeSignalIds);
+    /// In the order of the signals.
+    [[nodiscard]] std::span<const std::string_view> all() const { return identifiers_; }
+
+private:
+    std::vector<char> text_;
+    std::vector<std::string_view> identifiers_;  ///< of `text_`
+};
+[[nodiscard]] inline ExpectedIdentifiers expectedIdentifiers(std::span<const std::string_view> activeSignalIds) {
+    return ExpectedIdentifiers{activeSignalIds};
+}
 
 /// Those to take back, in the order of `identities`: notifications of signals that are not open, and those that were
 /// posted to somebody else than the member.
 [[nodiscard]] std::vector<std::string> staleIdentifiers(std::span<const DesktopSignalNotificationIdentity> identities,
-                                                        const SignalIds& activeSignalIds,
+                                                        const ExpectedIdentifiers& expected,
                                                         const std::optional<std::string>& memberId);
 
 }  // namespace zelkovanta::alerts
