@@ -65,6 +65,33 @@ void syncFolder(const fs::path& folder) {
     }
 }
 
+std::expected<std::string, std::error_code> readBeginning(const fs::path& file, std::size_t maximumSize) {
+    // Never waits for the other end of a pipe that somebody put there.
+    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status{};
+    if (descriptor.number() < 0 || ::fstat(descriptor.number(), &status) != 0) {
+        return std::unexpected(lastError());
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return std::unexpected(std::make_error_code(std::errc::invalid_argument));
+    }
+    std::string content;
+    while (content.size() < maximumSize) {
+        const std::size_t before = content.size();
+        content.resize(std::min(maximumSize, before + 16384));
+        const auto size = ::read(descriptor.number(), content.data() + before, content.size() - before);
+        const auto error = lastError();
+        content.resize(before + (size > 0 ? static_cast<std::size_t>(size) : 0));
+        if (size < 0 && error.value() != EINTR) {
+            return std::unexpected(error);
+        }
+        if (size == 0) {
+            break;
+        }
+    }
+    return content;
+}
+
 }  // namespace
 
 std::error_code writeFileAtomically(fs::path file, std::string_view content) {
@@ -100,24 +127,14 @@ std::error_code writeFileAtomically(fs::path file, std::string_view content) {
 }
 
 std::optional<std::string> readFile(const fs::path& file, std::size_t maximumSize) {
-    // Never waits for the other end of a pipe that somebody put there.
-    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status{};
-    if (descriptor.number() < 0 || ::fstat(descriptor.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return std::nullopt;
-    }
-    std::string content;
-    while (content.size() < maximumSize) {
-        const std::size_t before = content.size();
-        content.resize(std::min(maximumSize, before + 16384));
-        const auto size = ::read(descriptor.number(), content.data() + before, content.size() - before);
-        content.resize(before + (size > 0 ? static_cast<std::size_t>(size) : 0));
-        if (size < 0 && errno != EINTR) {
-            return std::nullopt;
-        }
-        if (size == 0) {
-            break;
-        }
+    auto content = readBeginning(file, maximumSize);
+    return content ? std::optional{std::move(*content)} : std::nullopt;
+}
+
+std::expected<std::string, std::error_code> readWholeFile(const fs::path& file, std::size_t maximumSize) {
+    auto content = readBeginning(file, maximumSize + 1);
+    if (content && content->size() > maximumSize) {
+        return std::unexpected(std::make_error_code(std::errc::file_too_large));
     }
     return content;
 }

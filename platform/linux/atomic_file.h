@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -15,5 +16,10 @@ namespace zelkovanta::platform::linux_host {
 
 /// The beginning of a regular file, at most `maximumSize` bytes; none if it is missing, no file, or unreadable. Blocks.
 [[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file, std::size_t maximumSize);
+
+/// A regular file whole. `no_such_file_or_directory` or `not_a_directory` if it is missing, `file_too_large` beyond
+/// `maximumSize` bytes, `invalid_argument` if it is no file, else what the system says. Blocks.
+[[nodiscard]] std::expected<std::string, std::error_code> readWholeFile(const std::filesystem::path& file,
+                                                                        std::size_t maximumSize);
 
 }  // namespace zelkovanta::platform::linux_host

@@ -3,8 +3,10 @@
 #include "platform/linux/atomic_file.h"
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include <boost/asio/post.hpp>
@@ -22,12 +24,19 @@ std::optional<T> valueOf(const SettingValues& values, std::string_view key) {
     return value == nullptr ? std::nullopt : std::optional<T>{*value};
 }
 
+bool isMissing(std::error_code error) {
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
 }  // namespace
 
 /// Holds the newest content that is not on the disk yet.
 class IniUserDefaults::Writer : public std::enable_shared_from_this<Writer> {
 public:
-    Writer(std::filesystem::path file, Executor executor) : file_(std::move(file)), executor_(std::move(executor)) {}
+    enum class Mode : std::uint8_t { writes, leavesTheFile };
+
+    Writer(std::filesystem::path file, Executor executor, Mode mode)
+        : file_(std::move(file)), executor_(std::move(executor)), mode_(mode) {}
 
     void write(std::string content) {
         {
@@ -52,7 +61,7 @@ private:
             const std::string content = std::move(*waiting_);
             waiting_.reset();
             lock.unlock();
-            const bool failed = static_cast<bool>(writeFileAtomically(file_, content));
+            const bool failed = mode_ == Mode::leavesTheFile || writeFileAtomically(file_, content);
             lock.lock();
             hasFailed_ = failed;
         }
@@ -62,6 +71,7 @@ private:
 
     std::filesystem::path file_;
     Executor executor_;
+    const Mode mode_;
     std::mutex mutex_;
     std::condition_variable written_;
     std::optional<std::string> waiting_;
@@ -69,9 +79,12 @@ private:
     bool hasFailed_ = false;
 };
 
-IniUserDefaults::IniUserDefaults(std::filesystem::path file, Executor writer)
-    : values_(parseSettings(readFile(file, maximumFileSize).value_or(""))),
-      writer_(std::make_shared<Writer>(std::move(file), std::move(writer))) {}
+IniUserDefaults::IniUserDefaults(std::filesystem::path file, Executor writer) {
+    const auto content = readWholeFile(file, maximumFileSize);
+    const auto mode = content || isMissing(content.error()) ? Writer::Mode::writes : Writer::Mode::leavesTheFile;
+    values_ = parseSettings(content.value_or(""));
+    writer_ = std::make_shared<Writer>(std::move(file), std::move(writer), mode);
+}
 
 IniUserDefaults::~IniUserDefaults() = default;
 

@@ -11,8 +11,9 @@
 namespace zelkovanta::platform::linux_host {
 
 /// Settings in one file. Read at construction; written off the main thread, several changes at once where they come
-/// quickly. What cannot be read or written is no error: values are kept for this run, and each further change tries the
-/// disk again.
+/// quickly. What cannot be written is no error: values are kept for this run, and each further change tries the disk
+/// again. A file that is there and cannot be read, or is longer than a megabyte, is never written over: what it holds
+/// is absent in this run, and what is set is for this run alone.
 class IniUserDefaults final : public UserDefaults {
 public:
     /// `writer` is a serial queue on which blocking is allowed.

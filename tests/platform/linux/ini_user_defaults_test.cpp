@@ -31,6 +31,15 @@ struct IniUserDefaultsTest : testing::Test {
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file) << content;
     }
+    /// What is set holds for this run, and no write is tried.
+    void expectThatTheFileStaysAsItIs() {
+        const auto defaults = open();
+        EXPECT_FALSE(defaults->hasValue("a"));
+        defaults->setText("a", "new");
+        EXPECT_FALSE(defaults->flush(10s));
+        EXPECT_EQ(defaults->text("a"), "new");
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file.parent_path()), {}), 1);
+    }
     [[nodiscard]] std::string content() const {
         std::ifstream in(file);
         return {std::istreambuf_iterator<char>(in), {}};
@@ -143,6 +152,44 @@ TEST_F(IniUserDefaultsTest, aFullDiskKeepsValuesForThisRunAndTheNextChangeTriesA
     defaults->setBoolean("b", true);
     EXPECT_TRUE(defaults->flush(10s));
     EXPECT_EQ(content(), "[Settings]\na=\"new\"\nb=true\n");
+}
+
+TEST_F(IniUserDefaultsTest, aFileThatMayNotBeReadIsNeverWrittenOver) {
+    writeFile("[Settings]\na=\"old\"\n");
+    std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+    std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0777));
+    std::filesystem::permissions(file, std::filesystem::perms(0));
+    {
+        const WithoutRoot bound;
+        expectThatTheFileStaysAsItIs();
+    }
+    std::filesystem::permissions(file, std::filesystem::perms(0600));
+    EXPECT_EQ(content(), "[Settings]\na=\"old\"\n");
+    EXPECT_EQ(open()->text("a"), "old");
+}
+
+TEST_F(IniUserDefaultsTest, aFileThatCouldNotBeOpenedForOnceIsNotWrittenOverLater) {
+    writeFile("[Settings]\na=\"old\"\n");
+    std::unique_ptr<IniUserDefaults> defaults;
+    {
+        const WithoutDescriptors none;
+        defaults = open();
+    }
+    EXPECT_FALSE(defaults->hasValue("a"));
+    defaults->setText("b", "new");
+    EXPECT_FALSE(defaults->flush(10s));
+    EXPECT_EQ(defaults->text("b"), "new");
+    EXPECT_EQ(content(), "[Settings]\na=\"old\"\n");
+}
+
+TEST_F(IniUserDefaultsTest, aFileOfMoreThanAMegabyteIsNeitherReadNorWrittenOver) {
+    std::string longest = "[Settings]\na=\"old\"\n";
+    longest.resize(std::size_t{1024} * 1024, '\n');
+    writeFile(longest);
+    EXPECT_EQ(open()->text("a"), "old");
+    writeFile(longest + "\n");
+    expectThatTheFileStaysAsItIs();
+    EXPECT_EQ(content(), longest + "\n");
 }
 
 TEST_F(IniUserDefaultsTest, aFileReachedThroughALinkStaysBehindTheLink) {

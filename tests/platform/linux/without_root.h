@@ -44,4 +44,20 @@ private:
     rlimit before_{};
 };
 
+/// No file can be opened while this lives, as when too many are open.
+class WithoutDescriptors {
+public:
+    WithoutDescriptors() {
+        ::getrlimit(RLIMIT_NOFILE, &before_);
+        const rlimit none{.rlim_cur = 0, .rlim_max = before_.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~WithoutDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+    WithoutDescriptors(const WithoutDescriptors&) = delete;
+    WithoutDescriptors& operator=(const WithoutDescriptors&) = delete;
+
+private:
+    rlimit before_{};
+};
+
 }  // namespace zelkovanta::platform::linux_host
