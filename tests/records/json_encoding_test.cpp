@@ -55,6 +55,7 @@ TEST(JsonEncodingTest, pairingRequestsHoldTheDevice) {
     EXPECT_EQ(Json::parse(encodeJson(PairRedeemRequest{"ABCD", device})),
               (Json{{"code", "ABCD"}, {"device", deviceJson}}));
     EXPECT_EQ(Json::parse(encodeJson(PairRequestBody{device})), (Json{{"device", deviceJson}}));
+    EXPECT_EQ(encodeJson(PairRequestBody{}), R"({"device":{"kind":"","name":"","model":"","appVersion":""}})");
     PairDeviceInfo withoutLocale = device;
     withoutLocale.locale.reset();
     EXPECT_FALSE(Json::parse(encodeJson(PairRequestBody{withoutLocale})).at("device").contains("locale"));
@@ -62,6 +63,8 @@ TEST(JsonEncodingTest, pairingRequestsHoldTheDevice) {
 
 TEST(JsonEncodingTest, actionsAndStatusesAreSingleWords) {
     EXPECT_EQ(encodeJson(SignalActionRequest{"acknowledge"}), R"({"action":"acknowledge"})");
+    EXPECT_EQ(encodeJson(SignalActionRequest{"done"}), R"({"action":"done"})");
+    EXPECT_EQ(encodeJson(SignalActionRequest{"cancel"}), R"({"action":"cancel"})");
     EXPECT_EQ(encodeJson(MemberStatusRequest{"dnd"}), R"({"status":"dnd"})");
 }
 

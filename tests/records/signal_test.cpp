@@ -21,7 +21,7 @@ TEST(SignalTest, everyOtherWordIsInactive) {
         EXPECT_FALSE(isActive(withStatus(status))) << status;
 }
 
-TEST(SignalTest, signalsCompareInEveryField) {
+TEST(SignalTest, anEmptyValueIsAnotherSignalThanAnAbsentOne) {
     Signal one;
     Signal other;
     EXPECT_EQ(one, other);
