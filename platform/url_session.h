@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/async.h"
+#include "platform/url_session_delegate.h"
 
 #include <chrono>
 #include <cstddef>
@@ -56,6 +57,8 @@ struct UrlSessionConfiguration {
     /// How long nothing may move. It is an idle limit: a slow answer that keeps moving is alive.
     std::chrono::milliseconds idleTimeout{15'000};
     std::size_t maximumBodySize = std::size_t{64} * 1024 * 1024;
+    /// Asked about every server of the session; none for a plain session.
+    std::shared_ptr<const UrlSessionDelegate> delegate{};
 };
 
 /// Exchanges of one configuration. No redirect is followed, nothing is cached, there are no cookies, an offline call

@@ -50,4 +50,24 @@ std::optional<std::string> decodeBase64(std::string_view text) {
     return bytes;
 }
 
+std::string encodeBase64(std::string_view bytes) {
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    std::uint32_t bits = 0;
+    unsigned bitCount = 0;
+    for (const char byte : bytes) {
+        bits = (bits << 8U) | static_cast<unsigned char>(byte);
+        bitCount += 8;
+        while (bitCount >= 6) {
+            bitCount -= 6;
+            text.push_back(alphabet[(bits >> bitCount) & 0x3FU]);
+        }
+    }
+    if (bitCount > 0) {
+        text.push_back(alphabet[(bits << (6 - bitCount)) & 0x3FU]);
+    }
+    text.append((4 - text.size() % 4) % 4, '=');
+    return text;
+}
+
 }  // namespace zelkovanta::records

@@ -62,7 +62,8 @@ APIClient::APIClient(const Private&, records::Url baseURL, std::optional<std::st
       token_(std::move(token)),
       information_(ports.information),
       background_(ports.background),
-      session_(ports.urlLoading.makeSession(platform::UrlSessionConfiguration{})) {}
+      session_(ports.urlLoading.makeSession(
+          {.delegate = std::make_shared<const AppCheckPinningDelegate>(ports.information)})) {}
 
 APIClient::~APIClient() = default;
 
