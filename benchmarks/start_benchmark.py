@@ -6,8 +6,6 @@ The screen is a virtual one whose pixels lie in a file, so "on screen" means jus
 measured in the same run.
 """
 
-import json
-import mmap
 import os
 import statistics
 import sys
@@ -18,6 +16,8 @@ TREE = os.path.dirname(os.path.dirname(os.path.realpath(__file__)))
 sys.path.insert(0, os.path.join(TREE, "tools", "run_demo"))
 
 # pylint: disable=wrong-import-position
+from figures import join  # noqa: E402
+from pixels import Screen  # noqa: E402
 from processes import DemoError  # noqa: E402
 from stage import ROOM, Stage  # noqa: E402
 
@@ -26,32 +26,6 @@ WIDTH, HEIGHT = 480, 720
 WHITE = b"\xff\xff\xff"
 SIGNAL_COLOR = "#FF00FE"
 SIGNAL_PIXEL = b"\xfe\x00\xff"
-LIMIT = 15.0
-
-
-class Screen:
-    """The pixels of the virtual display."""
-
-    def __init__(self, folder):
-        file = os.path.join(folder, "Xvfb_screen0")
-        with open(file, "rb") as screen:
-            self.memory = mmap.mmap(screen.fileno(), 0, prot=mmap.PROT_READ)
-        self.pixels = len(self.memory) - WIDTH * HEIGHT * 4
-
-    def pixel(self, x, y):
-        at = self.pixels + (y * WIDTH + x) * 4
-        return self.memory[at:at + 3]
-
-    def holds(self, pixel):
-        """Anywhere in the upper half, where the first rows are."""
-        return self.memory.find(pixel, self.pixels, self.pixels + WIDTH * HEIGHT * 2) >= 0
-
-    def until(self, what, condition):
-        deadline = time.monotonic() + LIMIT
-        while not condition():
-            if time.monotonic() > deadline:
-                raise DemoError(f"Waited {LIMIT:g} seconds in vain: {what}.")
-        return time.monotonic()
 
 
 class Measurement:
@@ -59,7 +33,7 @@ class Measurement:
         self.stage = stage
         self.processes = stage.processes
         self.bare_program = os.path.join(build, "benchmarks", "bare_quick")
-        self.screen = Screen(stage.start_screen_in_file(WIDTH, HEIGHT))
+        self.screen = Screen(stage.start_screen_in_file(WIDTH, HEIGHT), WIDTH, HEIGHT)
 
     def start_bare(self):
         return self.processes.start("bare", [self.bare_program], self.stage.environment)
@@ -141,21 +115,6 @@ def figure(name, value, unit, peer_value):
     print(f"{name:24} {value:10.3f} {unit:4} bare_quick {peer_value:10.3f}", flush=True)
     return {"name": name, "value": value, "unit": unit, "peer": "bare_quick", "peerValue": peer_value,
             "ratio": value / peer_value}
-
-
-def join(figures, file):
-    """Puts the figures into the file that several programs share, in place of older ones."""
-    entries = []
-    if os.path.exists(file):
-        with open(file, encoding="utf-8") as results:
-            entries = json.load(results)
-    names = {entry["name"] for entry in figures}
-    entries = [entry for entry in entries if entry["name"] not in names] + figures
-    os.makedirs(os.path.dirname(os.path.abspath(file)), exist_ok=True)
-    with open(file + ".new", "w", encoding="utf-8") as results:
-        json.dump(entries, results, indent=2, ensure_ascii=False)
-        results.write("\n")
-    os.replace(file + ".new", file)
 
 
 def main():
