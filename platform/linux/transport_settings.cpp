@@ -8,6 +8,8 @@
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/network_v4.hpp>
 #include <boost/asio/ip/network_v6.hpp>
+#include <boost/url/parse.hpp>
+#include <boost/url/url.hpp>
 
 namespace zelkovanta::platform::linux_host {
 
@@ -71,6 +73,19 @@ bool isListed(std::string_view host, std::string_view list) {
     }
 }
 
+/// Libraries differ in what they take a missing port for.
+std::string withSchemeAndPort(const std::string& proxy) {
+    const std::string named = proxy.find("://") == std::string::npos ? "http://" + proxy : proxy;
+    const auto parts = parseUrl(named);
+    if (!parts || (parts->scheme != "http" && parts->scheme != "https")) {
+        return {};
+    }
+    boost::urls::url url{boost::urls::parse_uri(named).value()};
+    url.set_scheme(parts->scheme).set_port_number(parts->port).set_encoded_path("");
+    url.remove_query().remove_fragment();
+    return std::string{url.buffer()};
+}
+
 }  // namespace
 
 std::optional<std::string> ProxySettings::proxyFor(std::string_view scheme, std::string_view host) const {
@@ -79,7 +94,7 @@ std::optional<std::string> ProxySettings::proxyFor(std::string_view scheme, std:
     if (proxy.empty() || isLoopback(host) || isListed(host, without)) {
         return std::nullopt;
     }
-    return proxy.find("://") == std::string::npos ? "http://" + proxy : proxy;
+    return withSchemeAndPort(proxy);
 }
 
 TransportSettings TransportSettings::from(const Environment& environment, std::string acceptLanguage) {

@@ -16,8 +16,9 @@ struct ProxySettings {
     std::string without{};  ///< "no_proxy" or "NO_PROXY": names with their subdomains, addresses, networks, or "*"
     bool operator==(const ProxySettings&) const = default;
 
-    /// The URL of the proxy for a host, none if it is reached directly. "ws" counts as http, "wss" as https. No proxy
-    /// is asked for this computer itself.
+    /// The URL of the proxy for a host, with its scheme and port; none if the host is reached directly. An empty text
+    /// if the one that is named is none that we can ask (anything but http and https), so that nothing may be sent.
+    /// "ws" counts as http, "wss" as https. No proxy is asked for this computer itself.
     [[nodiscard]] std::optional<std::string> proxyFor(std::string_view scheme, std::string_view host) const;
 };
 

@@ -439,6 +439,18 @@ TEST_F(BeastTlsTest, aProxysTunnelLeadsPlainAndSecureSocketsAndNeverSeesTheToken
     EXPECT_EQ(seen.find("Proxy-Authorization"), std::string::npos) << seen;
 }
 
+TEST_F(BeastTlsTest, aProxyOfAKindThatCannotBeAskedIsAskedNothing) {
+    ScriptedServer proxy([](ScriptedConnection& connection) { connection.waitForClose(); });
+    for (const std::string scheme : {"socks5://", "socks5h://", "socks4a://"}) {
+        loading.reset();
+        session.reset();
+        settings.proxies = {.all = scheme + proxy.address()};
+        EXPECT_EQ(receive(open("ws://office.test/")), lost) << scheme;
+        EXPECT_EQ(receive(open("wss://office.test/")), lost) << scheme;
+    }
+    EXPECT_EQ(proxy.connections(), 0);
+}
+
 TEST_F(BeastTlsTest, aProxysRefusalIsNotTakenForTheServers) {
     for (const std::string answer : {"HTTP/1.1 407 Proxy Authentication Required\r\n\r\n", "HTTP/1.1 401 No\r\n\r\n",
                                      "220 mail\r\n\r\n", "HTTP/1.1 200 OK\r\n\r\nbytes that nobody asked for"}) {

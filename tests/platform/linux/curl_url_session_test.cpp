@@ -6,7 +6,11 @@
 #include "tests/platform/linux/scripted_server.h"
 #include "tests/platform/linux/temporary_folder.h"
 
+#include <algorithm>
+#include <atomic>
 #include <future>
+#include <mutex>
+#include <vector>
 
 #include <boost/asio/post.hpp>
 #include <gtest/gtest.h>
@@ -233,6 +237,87 @@ TEST_F(CurlUrlSessionTest, aConnectionThatBreaksOffIsInterrupted) {
     EXPECT_EQ(causeOfGetting("http://" + halfway.address()), TransportCause::interrupted);
 }
 
+/// The server may have acted on what it read, so that a second delivery could do a second harm.
+TEST_F(CurlUrlSessionTest, aRequestIsNotSentAgainWhenAUsedConnectionEndsWithoutAnAnswer) {
+    for (const std::string method : {"GET", "POST", "PATCH", "DELETE"}) {
+        std::atomic<int> delivered = 0;
+        ScriptedServer server([&](ScriptedConnection& connection) {
+            connection.readRequest();
+            connection.send(answer("first"));
+            delivered += connection.readRequest().empty() ? 0 : 1;
+        });
+        const std::string url = "http://" + server.address();
+        ASSERT_EQ(shown(get(url)), "200 first");
+        const Result result = perform({.method = method, .url = url + "/second"});
+        EXPECT_EQ(result, Result(std::unexpected(TransportError{TransportCause::interrupted}))) << method;
+        EXPECT_EQ(delivered, 1) << method;
+        EXPECT_EQ(server.connections(), 1) << method;
+    }
+}
+
+TEST_F(CurlUrlSessionTest, aRequestIsNotSentAgainOnAnotherConnectionThatIsOpen) {
+    std::mutex mutex;
+    std::vector<std::string> seen;
+    std::promise<void> bothPromised;
+    const std::shared_future<void> bothAreThere = bothPromised.get_future().share();
+    int first = 0;
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        for (std::string request = connection.readRequest(); !request.empty(); request = connection.readRequest()) {
+            {
+                const std::scoped_lock lock(mutex);
+                seen.push_back(request.substr(0, request.find(" HTTP")));
+                if (seen.back() != "GET /first") {
+                    return;
+                }
+                if (++first == 2) {
+                    bothPromised.set_value();
+                }
+            }
+            bothAreThere.wait();
+            connection.send(answer("first"));
+        }
+    });
+    const std::string url = "http://" + server.address();
+    auto one = begin({.method = "GET", .url = url + "/first"});
+    auto other = begin({.method = "GET", .url = url + "/first"});
+    EXPECT_EQ(shown(one.get()), "200 first");
+    EXPECT_EQ(shown(other.get()), "200 first");
+    const Result result = perform({.method = "POST", .url = url + "/second", .body = "once"});
+    EXPECT_EQ(result, Result(std::unexpected(TransportError{TransportCause::interrupted})));
+    const std::scoped_lock lock(mutex);
+    EXPECT_EQ(std::ranges::count(seen, "POST /second"), 1);
+    EXPECT_EQ(server.connections(), 2);
+}
+
+TEST_F(CurlUrlSessionTest, aConnectionThatEndedMeanwhileIsReplacedForARequestThatWasNotSent) {
+    std::atomic<int> requests = 0;
+    std::promise<void> isClosed;
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        connection.readRequest();
+        connection.send(answer(std::to_string(++requests)));
+        if (requests == 1) {
+            connection.closeNow();
+            isClosed.set_value();
+        }
+    });
+    EXPECT_EQ(shown(get("http://" + server.address())), "200 1");
+    isClosed.get_future().wait();
+    EXPECT_EQ(shown(get("http://" + server.address())), "200 2");
+    EXPECT_EQ(server.connections(), 2);
+}
+
+TEST_F(CurlUrlSessionTest, aPathGoesOutAsItIsWrittenInTheVersionThatAnswersOneRequestAtATime) {
+    std::string seen;
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        seen = connection.readRequest();
+        connection.send(answer(""));
+    });
+    EXPECT_TRUE(
+        perform({.method = "PATCH", .url = "http://" + server.address() + "/api/v1/signals/../a/./b"}).has_value());
+    EXPECT_TRUE(seen.starts_with("PATCH /api/v1/signals/../a/./b HTTP/1.1\r\n")) << seen;
+    EXPECT_EQ(seen.find("Upgrade"), std::string::npos) << seen;
+}
+
 TEST_F(CurlUrlSessionTest, aPortWhereNobodyListensRefuses) {
     EXPECT_EQ(causeOfGetting("http://127.0.0.1:" + std::to_string(unusedPort())), TransportCause::refused);
 }
@@ -412,6 +497,17 @@ TEST_F(CurlProxyTest, aProxyThatWantsALoginOrIsNotThereIsTheProxysFailure) {
 TEST_F(CurlProxyTest, aProxyThatIsNotThereIsTheProxysFailure) {
     settings.proxies.https = "http://127.0.0.1:" + std::to_string(unusedPort());
     EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::proxyFailed);
+}
+
+TEST_F(CurlProxyTest, aProxyOfAKindThatCannotBeAskedIsTheProxysFailureAndNothingGoesPastIt) {
+    ScriptedServer proxy(answerAll);
+    for (const std::string scheme : {"socks5://", "socks5h://", "socks4a://"}) {
+        session.reset();
+        settings.proxies = {.all = scheme + proxy.address()};
+        EXPECT_EQ(causeOfGetting("http://office.test/"), TransportCause::proxyFailed) << scheme;
+        EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::proxyFailed) << scheme;
+    }
+    EXPECT_EQ(proxy.connections(), 0);
 }
 
 TEST_F(CurlProxyTest, thisComputerItselfIsReachedWithoutTheProxy) {
