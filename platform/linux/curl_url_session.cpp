@@ -1,9 +1,11 @@
-#include "platform/linux/callback_awaitable.h"
 #include "platform/linux/curl_url_session.h"
+
+#include "platform/linux/callback_awaitable.h"
+#include "platform/linux/curl_transport_cause.h"
 #include "platform/linux/descriptor_watch.h"
 #include "platform/linux/http_syntax.h"
-#include "platform/linux/network_interfaces.h"
 #include "platform/linux/network_thread.h"
+#include "platform/linux/tls_handshakes.h"
 #include "platform/linux/url_parts.h"
 
 #include <algorithm>
@@ -54,6 +56,8 @@ struct Exchange {
     bool usesProxy = false;
     bool isSent = false;      ///< has been given a connection to go out on
     bool isRepeated = false;  ///< would have gone out on another one
+    bool isOnStaleConnection = false;
+    const TlsHandshakes* handshakes = nullptr;
     curl_off_t moved = 0;
     std::chrono::steady_clock::time_point lastMovement = std::chrono::steady_clock::now();
     asio::steady_timer idleTimer;
@@ -91,8 +95,13 @@ struct Exchange {
     /// have acted on it all the same.
     static int beforeRequest(void* self, char*, char*, int, int) {
         auto& exchange = *static_cast<Exchange*>(self);
-        exchange.isRepeated = std::exchange(exchange.isSent, true);
-        return exchange.isRepeated ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+        exchange.isRepeated = exchange.isSent;
+        if (exchange.isRepeated) {
+            return CURL_PREREQFUNC_ABORT;
+        }
+        exchange.isOnStaleConnection = !exchange.handshakes->stillConsents(exchange.easy);
+        exchange.isSent = !exchange.isOnStaleConnection;
+        return exchange.isOnStaleConnection ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
     }
 
     static curl_socket_t openSocket(void* self, curlsocktype, curl_sockaddr* address) {
@@ -111,64 +120,6 @@ struct Exchange {
         return CURL_SOCKOPT_OK;
     }
 };
-
-TransportCause causeOfConnectFailure(CURL* easy, bool usesProxy) {
-    if (usesProxy) {
-        return TransportCause::proxyFailed;
-    }
-    long number = 0;
-    curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &number);
-    switch (number) {
-        case ENETUNREACH:
-        case EHOSTUNREACH:
-        case ENETDOWN:
-            return TransportCause::noNetwork;
-        case ETIMEDOUT:
-            return TransportCause::timedOut;
-        default:
-            return TransportCause::refused;
-    }
-}
-
-/// The one place where the library's codes get their meaning.
-TransportCause causeOf(CURLcode code, const Exchange& exchange) {
-    long proxyStatus = 0;
-    curl_easy_getinfo(exchange.easy, CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
-    if (proxyStatus != 0 && (proxyStatus < 200 || proxyStatus > 299)) {
-        return TransportCause::proxyFailed;
-    }
-    switch (code) {
-        case CURLE_URL_MALFORMAT:
-        case CURLE_COULDNT_RESOLVE_HOST:
-            return hasNetwork() ? TransportCause::nameNotFound : TransportCause::noNetwork;
-        case CURLE_COULDNT_RESOLVE_PROXY:
-        case CURLE_PROXY:
-            return TransportCause::proxyFailed;
-        case CURLE_COULDNT_CONNECT:
-            return causeOfConnectFailure(exchange.easy, exchange.usesProxy);
-        case CURLE_OPERATION_TIMEDOUT:
-            return TransportCause::timedOut;
-        case CURLE_PEER_FAILED_VERIFICATION:
-        case CURLE_SSL_ISSUER_ERROR:
-        case CURLE_SSL_CACERT_BADFILE:
-        case CURLE_SSL_CERTPROBLEM:
-        case CURLE_SSL_INVALIDCERTSTATUS:
-        case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-            return TransportCause::certificateRefused;
-        case CURLE_FILESIZE_EXCEEDED:
-            return TransportCause::tooLarge;
-        case CURLE_WRITE_ERROR:
-            return exchange.isTooLarge ? TransportCause::tooLarge : TransportCause::badServerResponse;
-        case CURLE_UNSUPPORTED_PROTOCOL:  // an answer without a status line; other schemes never get this far
-        case CURLE_WEIRD_SERVER_REPLY:
-        case CURLE_BAD_CONTENT_ENCODING:
-            return TransportCause::badServerResponse;
-        case CURLE_ABORTED_BY_CALLBACK:
-            return TransportCause::cancelled;
-        default:
-            return TransportCause::interrupted;
-    }
-}
 
 /// The exchanges and connections of one session. Everything but construction happens on the network thread, its
 /// destruction too; exchanges under way keep it alive.
@@ -218,7 +169,10 @@ public:
         exchange->request = std::move(request);
         exchange->completion = std::move(completion);
         exchange->maximumBodySize = configuration_.maximumBodySize;
-        configure(*exchange, *url, proxy);
+        if (!configure(*exchange, *url, proxy)) {
+            exchange->completion(failure(TransportCause::certificateRefused));
+            return;
+        }
         CURL* const easy = exchange->easy;
         watchIdleness(*exchange);
         keepAlive_ = shared_from_this();
@@ -236,7 +190,11 @@ public:
 
 private:
     Connections(asio::io_context& network, TransportSettings settings, UrlSessionConfiguration configuration)
-        : network_(network), settings_(std::move(settings)), configuration_(configuration), timer_(network) {}
+        : network_(network),
+          settings_(std::move(settings)),
+          configuration_(std::move(configuration)),
+          handshakes_(settings_, configuration_.delegate),
+          timer_(network) {}
 
     // Only now, on the network thread: setting up the TLS library takes milliseconds that the start of the program
     // does not have.
@@ -252,7 +210,8 @@ private:
         curl_multi_setopt(multi_, CURLMOPT_TIMERDATA, this);
     }
 
-    void configure(Exchange& exchange, const UrlParts& url, const std::optional<std::string>& proxy) {
+    /// False if nothing may be sent.
+    [[nodiscard]] bool configure(Exchange& exchange, const UrlParts& url, const std::optional<std::string>& proxy) {
         CURL* const easy = exchange.easy;
         curl_easy_setopt(easy, CURLOPT_URL, exchange.request.url.c_str());
         curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -282,24 +241,13 @@ private:
         exchange.usesProxy = proxy.has_value();
         curl_easy_setopt(easy, CURLOPT_PROXY, proxy.value_or("").c_str());
         curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
+        exchange.handshakes = &handshakes_;
         curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Exchange::beforeRequest);
         curl_easy_setopt(easy, CURLOPT_PREREQDATA, &exchange);
-        configureTls(easy);
         configureMethod(exchange);
         configureHeaders(exchange);
-    }
-
-    // All that a session asks of a handshake. Connections are reused within the session only, so it holds for each.
-    void configureTls(CURL* easy) const {
-        curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-        if (!settings_.certificateFile.empty() || !settings_.certificateFolder.empty()) {
-            // The library has the system's file and folder built in. One that is named stands in place of both.
-            const auto* const file = settings_.certificateFile.empty() ? nullptr : settings_.certificateFile.c_str();
-            const auto* const folder =
-                settings_.certificateFolder.empty() ? nullptr : settings_.certificateFolder.c_str();
-            curl_easy_setopt(easy, CURLOPT_CAINFO, file);
-            curl_easy_setopt(easy, CURLOPT_CAPATH, folder);
-        }
+        // Connections are reused within the session only, so what is asked of one handshake holds for each.
+        return handshakes_.setUp(easy, url, proxy);
     }
 
     static void configureMethod(const Exchange& exchange) {
@@ -375,14 +323,31 @@ private:
         while (const CURLMsg* message = curl_multi_info_read(multi_, &waiting)) {
             if (message->msg == CURLMSG_DONE) {
                 CURL* const easy = message->easy_handle;
-                finish(easy, resultOf(*exchanges_.at(easy), message->data.result));
+                Exchange& exchange = *exchanges_.at(easy);
+                if (std::exchange(exchange.isOnStaleConnection, false)) {
+                    beginOnFreshConnection(easy);
+                } else {
+                    finish(easy, resultOf(exchange, message->data.result));
+                }
             }
         }
     }
 
+    // Nothing was sent yet. What the server shows in another handshake is what counts now.
+    void beginOnFreshConnection(CURL* easy) {
+        curl_multi_remove_handle(multi_, easy);
+        curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+        curl_multi_add_handle(multi_, easy);
+    }
+
+    static TransportCause causeOf(const Exchange& exchange, CURLcode code) {
+        return exchange.isTooLarge ? TransportCause::tooLarge
+                                   : transportCauseOf(code, exchange.easy, exchange.usesProxy);
+    }
+
     static Result resultOf(Exchange& exchange, CURLcode code) {
         if (code != CURLE_OK) {
-            return failure(exchange.isRepeated ? TransportCause::interrupted : causeOf(code, exchange));
+            return failure(exchange.isRepeated ? TransportCause::interrupted : causeOf(exchange, code));
         }
         long status = 0;
         curl_easy_getinfo(exchange.easy, CURLINFO_RESPONSE_CODE, &status);
@@ -449,6 +414,7 @@ private:
     asio::io_context& network_;
     const TransportSettings settings_;
     const UrlSessionConfiguration configuration_;
+    TlsHandshakes handshakes_;
     unsigned int idleMilliseconds_ = static_cast<unsigned int>(configuration_.idleTimeout.count());
     CURLM* multi_ = nullptr;
     asio::steady_timer timer_;
