@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/linux/dbus_calls.h"
+#include "platform/linux/notification_events.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QDBusMessage>
+#include <QDBusServiceWatcher>
+#include <QObject>
+
+namespace zelkovanta::platform::linux_host {
+
+/// "org.freedesktop.Notifications" on the session bus: says what the ledger's commands say, and tells what it hears.
+/// Every daemon is spoken to by its own name on the bus, so that what is meant for one never reaches the next, and
+/// nobody else is believed. Main thread; no call waits.
+class NotificationBus {
+public:
+    using Listener = std::function<void(ledger::Event)>;
+
+    explicit NotificationBus(Listener listener) : listener_(std::move(listener)) {}
+
+    /// Connects to the bus, which may block; gives whether there is one. Any thread.
+    [[nodiscard]] static bool connect();
+    /// To be called once it is connected.
+    void follow();
+    /// Nothing is heard from here on.
+    void leave();
+
+    void start();
+    void askCapabilities(const std::string& daemon);
+    void post(const ledger::Post& command);
+    void withdraw(const ledger::Withdraw& command);
+    /// Calls `play`, unless the daemon says that the person wants no disturbance; within half a second.
+    void unlessSilenced(std::function<void()> play);
+
+private:
+    using Answer = std::function<void(const QDBusMessage&)>;
+    void call(const QDBusMessage& message, int limit, Answer answer);
+    void hear(const char* name, std::function<std::optional<ledger::Event>(const QList<QVariant>&)> eventFrom);
+    void tellFirst();
+
+    Listener listener_;
+    QString daemon_;  ///< none runs: empty
+    std::vector<std::unique_ptr<DBusSignal>> signals_;
+    std::unique_ptr<QDBusServiceWatcher> owner_;
+    std::unique_ptr<QObject> receiver_;
+};
+
+}  // namespace zelkovanta::platform::linux_host
