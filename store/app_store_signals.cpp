@@ -107,15 +107,15 @@ platform::Awaitable<void> AppStore::enqueueNotificationAction(DesktopSignalNotif
     co_await drainPendingNotificationActions();
 }
 
-/// Acts on the presses one after the other, each once. Before the first snapshot they wait.
+/// Acts on the presses one after the other, each once. Before the first snapshot they wait; once it runs nothing stops
+/// it, and what is pressed after a reset finds nobody to act for.
 platform::Awaitable<void> AppStore::drainPendingNotificationActions() {
     const auto self = shared_from_this();
     if (!state_.hasAuthenticatedSnapshot || notificationActionInFlight_) {
         co_return;
     }
     notificationActionInFlight_ = true;
-    // A reset or a move under way puts the rest off to the next snapshot.
-    while (state_.hasAuthenticatedSnapshot && !pendingNotificationActions_.empty()) {
+    while (!pendingNotificationActions_.empty()) {
         const DesktopSignalNotificationAction action = std::move(pendingNotificationActions_.front());
         pendingNotificationActions_.pop_front();
         const records::Member* member = activeMember(state_);

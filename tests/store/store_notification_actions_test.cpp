@@ -223,6 +223,43 @@ TEST_F(StoreNotificationActionsTest, anActionThatIsStillUnderWayAtAResetHoldsThe
     EXPECT_THAT(openActions(), IsEmpty());
 }
 
+TEST_F(StoreNotificationActionsTest, aRunningDrainIsNotStoppedByAReset) {
+    launchAsMember({makeSignal("s")});
+    press("s", "done");
+    Exchange* const old = openRequest("PATCH", "/signals/s");
+    run([](AppStore& app) { return app.unlinkComputer(); });
+    answer("DELETE", "/devices/me", 200);
+    press("t", "done");
+    journal.take();
+    old->answer(200, support::toJson(makeSignalThatIs("done", "s")));
+    settle();
+    // The press came to nobody: it is dropped and does not wait for the next pairing.
+    EXPECT_THAT(takeLinesOf("notifications"), ElementsAre("notifications.reconcile nobody []"));
+    run([](AppStore& app) -> platform::Awaitable<void> { static_cast<void>(co_await app.redeemPairingCode("CODE")); });
+    answerWith("POST", "/pair/redeem",
+               records::PairRedeemResponse{.deviceToken = "token-2",
+                                           .device = makeDeviceOfMember("member-1"),
+                                           .office = support::makeOffice("office-1"),
+                                           .role = records::DeviceRole::member,
+                                           .room = {},
+                                           .member = makeMember("member-1")});
+    deliverSnapshot(snapshotWith({makeSignal("t")}));
+    ASSERT_TRUE(state().hasAuthenticatedSnapshot);
+    EXPECT_THAT(openActions(), IsEmpty());
+}
+
+TEST_F(StoreNotificationActionsTest, aRunningDrainIsNotStoppedByAMoveToAnotherOffice) {
+    launchAsMember({makeSignal("s"), makeSignal("t")});
+    press("s", "done");
+    press("t", "done");
+    Exchange* const old = openRequest("PATCH", "/signals/s");
+    deliverRecord("office.updated", server::server_message::OfficeUpdated{support::makeOffice("office-2")});
+    old->answer(200, support::toJson(makeSignalThatIs("done", "s")));
+    settle();
+    deliverSnapshot(snapshotWith({makeSignal("t")}));
+    EXPECT_THAT(openActions(), IsEmpty());
+}
+
 TEST_F(StoreNotificationActionsTest, aPressAfterTheStoreIsGoneDoesNothing) {
     launchAsMember({makeSignal("s")});
     store.reset();
