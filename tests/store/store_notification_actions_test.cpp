@@ -248,18 +248,6 @@ TEST_F(StoreNotificationActionsTest, aRunningDrainIsNotStoppedByAReset) {
     EXPECT_THAT(openActions(), IsEmpty());
 }
 
-TEST_F(StoreNotificationActionsTest, aRunningDrainIsNotStoppedByAMoveToAnotherOffice) {
-    launchAsMember({makeSignal("s"), makeSignal("t")});
-    press("s", "done");
-    press("t", "done");
-    Exchange* const old = openRequest("PATCH", "/signals/s");
-    deliverRecord("office.updated", server::server_message::OfficeUpdated{support::makeOffice("office-2")});
-    old->answer(200, support::toJson(makeSignalThatIs("done", "s")));
-    settle();
-    deliverSnapshot(snapshotWith({makeSignal("t")}));
-    EXPECT_THAT(openActions(), IsEmpty());
-}
-
 TEST_F(StoreNotificationActionsTest, aPressAfterTheStoreIsGoneDoesNothing) {
     launchAsMember({makeSignal("s")});
     store.reset();
