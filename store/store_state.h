@@ -57,6 +57,7 @@ struct StoreState {
     SignInCode signInCode;
 
     bool hasAuthenticatedSnapshot = false;  ///< a snapshot of this session has been applied
+    bool operator==(const StoreState&) const = default;
 };
 
 /// The parts of the state that observers are told of.

@@ -116,6 +116,10 @@ TEST_F(APIClientTest, eachOperationIsOneRequest) {
          {"POST", api + "signals", {authorization, jsonContent}, R"({"roomId":"r1","typeId":"t1","note":""})"}},
         {[&] { begin(client->actOnSignal("s1", {"acknowledge"})); },
          {"PATCH", api + "signals/s1", {authorization, jsonContent}, R"({"action":"acknowledge"})"}},
+        {[&] { begin(client->actOnSignal("s2", {"done"})); },
+         {"PATCH", api + "signals/s2", {authorization, jsonContent}, R"({"action":"done"})"}},
+        {[&] { begin(client->actOnSignal("..", {"cancel"})); },
+         {"PATCH", api + "signals/..", {authorization, jsonContent}, R"({"action":"cancel"})"}},
         {[&] { begin(client->setMemberStatus({"dnd"})); },
          {"POST", api + "members/me/status", {authorization, jsonContent}, R"({"status":"dnd"})"}},
         {[&] { begin(client->requestSignInQr()); },
@@ -207,6 +211,8 @@ TEST_F(APIClientTest, aFailureThatIsNotJsonIsNamedByItsStatus) {
     EXPECT_EQ(failureOfState(502, ""), APIError(api_error::BadStatus{502, "http_502", std::nullopt}));
     EXPECT_EQ(failureOfState(404, R"({"message":"no code"})"),
               APIError(api_error::BadStatus{404, "http_404", std::nullopt}));
+    EXPECT_EQ(failureOfState(401, R"({"error":"invalid_token","message":5})"),
+              APIError(api_error::BadStatus{401, "http_401", std::nullopt}));
 }
 
 TEST_F(APIClientTest, aStatusOutsideTheTwoHundredsIsAFailureEvenWithAGoodBody) {
@@ -258,6 +264,9 @@ TEST_F(APIClientTest, onlyA401WithInvalidTokenSaysThatTheTokenIsDead) {
     failureOfState(401, "");
     failureOfState(401, "unauthorized");
     failureOfState(401, R"({"error":"signin_required"})");
+    failureOfState(401, R"({"error":"invalid_token","message":5})");
+    failureOfState(401, R"([{"error":"invalid_token"}])");
+    failureOfState(401, R"({"error":"invalid_token "})");
     failureOfState(403, R"({"error":"invalid_token"})");
     failureOfState(500, R"({"error":"invalid_token"})");
     EXPECT_EQ(revocations, 0);

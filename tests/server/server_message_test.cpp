@@ -3,8 +3,11 @@
 #include "tests/records/record_generators.h"
 #include "tests/records/reference_message.h"
 
+#include <cstddef>
 #include <rapidcheck.h>
 #include <string>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -13,6 +16,22 @@ namespace zelkovanta::server {
 namespace {
 
 using records::reference::Json;
+
+// The order of the messages is told, not ours to choose.
+template <std::size_t index, class Message>
+constexpr bool isAt = std::is_same_v<std::variant_alternative_t<index, ServerMessage>, Message>;
+static_assert(isAt<0, records::StateSnapshot>);
+static_assert(isAt<1, server_message::SignalCreated>);
+static_assert(isAt<2, server_message::SignalUpdated>);
+static_assert(isAt<3, server_message::MemberUpdated>);
+static_assert(isAt<4, server_message::OfficeUpdated>);
+static_assert(isAt<5, server_message::RoomsUpdated>);
+static_assert(isAt<6, server_message::TypesUpdated>);
+static_assert(isAt<7, server_message::SessionStarted>);
+static_assert(isAt<8, records::DesktopRelease>);
+static_assert(isAt<9, server_message::SessionEnded>);
+static_assert(isAt<10, server_message::Pong>);
+static_assert(std::variant_size_v<ServerMessage> == 11);
 
 const Json leastSignal{
     {"id", "s1"}, {"roomId", "r1"}, {"typeId", "t1"}, {"status", "waiting"}, {"createdAt", "2026-01-01T00:00:00Z"}};

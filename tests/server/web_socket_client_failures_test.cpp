@@ -114,6 +114,33 @@ TEST_F(WebSocketClientFailuresTest, aPingThatCannotBeSentEndsTheConnectionOnce) 
     EXPECT_THAT(sockets.tasks(), SizeIs(4)) << "the second failure in a row waits two seconds";
 }
 
+/// Once a ping failed its socket counts for nothing, whatever it says; what the server says to the next one decides.
+TEST_F(WebSocketClientFailuresTest, closeCode4001BehindAFailedPingIsStaleAndTheNextRefusalDecides) {
+    start();
+    failCurrent({});
+    loop.advance(1s);
+    deliver(pong);
+    auto& first = sockets.current();
+    first.outliveCancellation();
+    first.breakSending();
+    loop.advance(30s);
+    ASSERT_EQ(states.back(), Told(31s, disconnected));
+    told.clear();
+    first.fail({.closeCode = 4001, .httpStatus = 101});
+    loop.runReady();
+    EXPECT_THAT(told, IsEmpty());
+    loop.advance(1s);
+    ASSERT_THAT(sockets.tasks(), SizeIs(3)) << "the retry that the failed ping began";
+    failCurrent({.httpStatus = 401});
+    EXPECT_THAT(told, ElementsAre("state 1", "unauthorized", "state 0"));
+    loop.advance(2s);
+    ASSERT_THAT(sockets.tasks(), SizeIs(4)) << "a refusal alone does not end the trying";
+    failCurrent({.closeCode = 4001, .httpStatus = 101});
+    EXPECT_THAT(told, ElementsAre("state 1", "unauthorized", "state 0", "state 1", "state 3", "revoked"));
+    loop.advance(1h);
+    EXPECT_THAT(sockets.tasks(), SizeIs(4));
+}
+
 TEST_F(WebSocketClientFailuresTest, theWatchdogDoesNotWaitForTheRetryOfAnOldConnection) {
     connect();
     loop.advance(44'500ms);

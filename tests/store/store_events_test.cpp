@@ -304,6 +304,18 @@ TEST_F(StoreEventsTest, aSignalThatIsOverLeavesAtOnceAndTheSecondWordOfItFindsNo
     EXPECT_THAT(journal.take(), ElementsAre("notifications.update a done, was not there"));
 }
 
+TEST_F(StoreEventsTest, aSignalOfAnUnknownStatusLeavesOrNeverCame) {
+    launchInRoom({makeSignal("a"), makeSignal("b")});
+    deliverUpdated(makeSignalThatIs("snoozed", "a"));
+    EXPECT_THAT(idsOf(state().signals), ElementsAre("b"));
+    EXPECT_EQ(takeLinesOf("notifications.update"), Lines{"notifications.update a snoozed, was waiting"});
+    deliverUpdated(makeSignalThatIs("Waiting", "unheard of"));
+    EXPECT_EQ(takeLinesOf("notifications.update"), Lines{"notifications.update unheard of Waiting, was not there"});
+    deliverCreated(makeSignalThatIs("", "c"));
+    EXPECT_EQ(takeLinesOf("notifications.new").size(), 1U);
+    EXPECT_THAT(idsOf(state().signals), ElementsAre("b"));
+}
+
 TEST_F(StoreEventsTest, theNewestEventWinsWhateverItsTimesSay) {
     launchInRoom({makeSignal(
         "s", [](Signal& signal) { signal.status = "acknowledged", signal.acknowledgedAt = "2026-01-02T09:00:00Z"; })});
@@ -397,14 +409,32 @@ TEST_F(StoreEventsTest, aReleaseIsHandedOnAndAPongDoesNothing) {
     EXPECT_THAT(journal.take(), IsEmpty());
 }
 
-TEST_F(StoreEventsTest, aFrameThatSaysNothingChangesNothing) {
+TEST_F(StoreEventsTest, aFrameThatSaysNothingChangesNothingAndTheNextOneIsHeard) {
     launchInRoom({makeSignal("s")});
+    // That something arrives is a sign of life, whatever it says.
+    deliver("pong", "{}");
+    journal.take();
     const StoreState before = state();
-    socket().deliver("not json");
-    socket().deliver(R"({"type":"signal.created","data":{"signal":{"id":"x"}}})");
-    settle();
-    EXPECT_EQ(state().signals, before.signals);
-    EXPECT_THAT(journal.take(), IsEmpty());
+    int turnsTold = 0;
+    const auto observation = store->observe([&](const StoreChanges&) { ++turnsTold; });
+    for (const char* frame :
+         {"", "not json", "null", "[]", "{}", "7", R"({"type":7})", R"({"type":"signal.created"})",
+          R"({"type":"signal.created","data":null})", R"({"type":"signal.created","data":{"signal":{"id":"x"}}})",
+          R"({"type":"signal.updated","data":{"signal":{"id":"s","status":"done"}}})",
+          R"({"type":"rooms.updated","data":{"rooms":[{"id":"r"}]}})", R"({"type":"rooms.updated","data":{}})",
+          R"({"type":"snapshot","data":{}})", R"({"type":"of.tomorrow","data":{}})", R"({"type":"Session.ended"})",
+          R"({"type":"session.ended"} )"
+          "x",
+          R"({"type":"session.ended")", "{\"type\":\"session.ended\",\"x\":\"\xff\"}"}) {
+        socket().deliver(frame);
+        settle();
+        EXPECT_TRUE(state() == before) << frame;
+        EXPECT_EQ(turnsTold, 0) << frame;
+        EXPECT_THAT(journal.take(), IsEmpty()) << frame;
+    }
+    deliverCreated(makeSignal("next"));
+    EXPECT_THAT(idsOf(state().signals), testing::UnorderedElementsAre("s", "next"));
+    EXPECT_EQ(turnsTold, 1);
 }
 
 // The connection.

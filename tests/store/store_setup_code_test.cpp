@@ -210,6 +210,12 @@ TEST_F(StoreSetupCodeTest, theImageStandsBehindTheFirstMarker) {
     EXPECT_EQ(state().setupQrImage, "image");
 }
 
+TEST_F(StoreSetupCodeTest, aSecondMarkerBelongsToTheImageAndMakesItNone) {
+    launchUnpaired();
+    answerWith("POST", "/pair/request", makeCode("claim-1", "a base64,aW1hZ2U=base64,aW1hZ2U="));
+    EXPECT_EQ(state().setupQrImage, std::nullopt);
+}
+
 TEST_F(StoreSetupCodeTest, aCodeWithoutAClaimTokenIsNoCode) {
     for (const std::optional<std::string>& claim : {std::optional<std::string>{}, std::optional<std::string>{""}}) {
         support::Computer other;
