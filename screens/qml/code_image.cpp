@@ -3,16 +3,33 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QBuffer>
+#include <QImageReader>
 #include <QPainter>
 
 namespace zelkovanta::screens::qml {
+
+namespace {
+
+// Larger than any code; a small file can unfold to a picture that takes all memory.
+constexpr int longestSide = 4096;
+
+QImage pictureIn(const QByteArray& file) {
+    QBuffer buffer;
+    buffer.setData(file);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    return size.isValid() && size.width() <= longestSide && size.height() <= longestSide ? reader.read() : QImage{};
+}
+
+}  // namespace
 
 void CodeImage::setFile(const QByteArray& file) {
     if (file == file_) {
         return;
     }
     file_ = file;
-    image_ = QImage::fromData(file_);
+    image_ = pictureIn(file_);
     Q_EMIT fileChanged();
     update();
 }

@@ -8,17 +8,21 @@
 namespace zelkovanta::desktop_test {
 namespace {
 
-/// A code of two by two modules with a border, as a data URL: dark at both ends of one diagonal.
-std::string codeImage() {
-    QImage image(4, 4, QImage::Format_Mono);
-    image.fill(1);
-    image.setPixel(1, 1, 0);
-    image.setPixel(2, 2, 0);
+std::string dataUrl(const QImage& image) {
     QByteArray file;
     QBuffer buffer(&file);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     return "data:image/png;base64," + file.toBase64().toStdString();
+}
+
+/// A code of two by two modules with a border: dark at both ends of one diagonal.
+std::string codeImage() {
+    QImage image(4, 4, QImage::Format_Mono);
+    image.fill(1);
+    image.setPixel(1, 1, 0);
+    image.setPixel(2, 2, 0);
+    return dataUrl(image);
 }
 
 records::QrTokenResponse setupCode() {
@@ -67,6 +71,22 @@ TEST_P(SetupPage, anImageThatIsNoneLeavesThePageAsItIs) {
     page.computer.answerWith("POST", "/pair/request", code);
     page.settle();
     EXPECT_TRUE(page.shows(QAccessible::EditableText, "Pairing code"));
+}
+
+TEST_P(SetupPage, aSmallFileThatUnfoldsToAnEnormousPictureIsNotUnfolded) {
+    page.computer.launchUnpaired();
+    page.open();
+    auto code = setupCode();
+    code.qrPng = dataUrl([] {
+        QImage image(8000, 8000, QImage::Format_Mono);
+        image.fill(0);
+        return image;
+    }());
+    ASSERT_LT(code.qrPng.size(), 100'000U);
+    page.computer.answerWith("POST", "/pair/request", code);
+    const QImage picture = page.picture();
+    const QRect shown = page.node(QAccessible::Graphic, "Setup code").rect().translated(-page.window->position());
+    EXPECT_EQ(picture.pixelColor(shown.center()), QColor(Qt::white));
 }
 
 class SetupPageInLight : public testing::Test {
