@@ -57,7 +57,7 @@ void Computer::launch() {
                                     .notificationCenter = notificationCenter,
                                     .strings = strings,
                                     .defaultServerURL = *records::Url::parse(defaultServerURL)},
-                                   {.notifications = notifications,
+                                   {.notifications = *alerts,
                                     .notes = notes,
                                     .crash = crash,
                                     .updates = updates,

@@ -102,6 +102,8 @@ public:
     platform::KeysAsTexts strings;
 
     RecordingNotifications notifications{journal};
+    /// Who hears of signals; a test may put the real alerts here before it launches.
+    store::DesktopNotifications* alerts = &notifications;
     RecordingNotes notes{journal};
     RecordingCrashSession crash{journal};
     RecordingUpdates updates{journal};
