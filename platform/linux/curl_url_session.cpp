@@ -272,7 +272,7 @@ private:
         bool hasContentType = false;
         for (const auto& [name, value] : exchange.request.headers) {
             hasContentType = hasContentType || curl_strequal(name.c_str(), "Content-Type") != 0;
-            add(value.empty() ? name + ";" : name + ": " + value);
+            add(value.empty() ? name + ";" : std::string{name}.append(": ").append(value));
         }
         if (!settings_.acceptLanguage.empty()) {
             add("Accept-Language: " + settings_.acceptLanguage);

@@ -23,6 +23,7 @@ struct TlsPinningTest : TlsTest {
         const std::string result = shown(get(url.empty() ? peer.url() : url + std::to_string(peer.port())));
         const auto account = peer.end();
         EXPECT_EQ(account.requests, result == "answered" ? 1 : 0);
+        EXPECT_EQ(account.accepted, result == "answered" ? 1 : 0) << "refused only after the handshake";
         return witness->answers() + ": " + result +
                (result == "answered" ? "" : " after " + std::to_string(account.applicationBytes) + " bytes");
     }
