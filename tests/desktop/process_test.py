@@ -73,6 +73,19 @@ def answer_nothing(connection):
         pass
 
 
+def answering_setups(body):
+    """Answers each request for a setup code so, and every poll with "pending"."""
+    def answer(connection):
+        content = body if connection.recv(65536).startswith(b"POST") else b'{"status":"pending"}'
+        connection.sendall(b"HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\n"
+                           b"Content-Length: %d\r\n\r\n" % len(content) + content)
+    return answer
+
+
+def setup_code(image):
+    return b'{"token":"t","claimToken":"c","qrData":"d","expiresAt":"the day after","qrPng":"' + image + b'"}'
+
+
 class OnAComputer(unittest.TestCase):
     key_store = True
 
@@ -267,6 +280,37 @@ class WhereNoOfficeAnswers(OnAComputer):
 
     def test_a_paired_computer_lives_through_silence(self):
         self.check_connection_then_office(answer_nothing, "Connecting…", "The server took too long to answer.")
+
+
+class WhereSetupCodesAreBroken(OnAComputer):
+    def check_typed_code_helps(self, image):
+        with Listener(answering_setups(setup_code(image))):
+            self.start()
+            window = self.window()
+            window.wait_until_it_says("The code can't be shown. Type a pairing code instead.", 30)
+            self.assert_alive()
+        self.stage.start_office()
+        window.wait_for("text", "Pairing code").write(self.stage.order("code", "--role", "room", "--room", ROOM))
+        window.press("Pair device")
+        window.wait_until_it_says(ROOM)
+
+    def test_an_image_of_fifty_megabytes_is_none_and_a_typed_code_helps(self):
+        self.check_typed_code_helps(b"data:image/png;base64," + b"A" * (50 << 20))
+
+    def test_broken_base64_is_no_image_and_a_typed_code_helps(self):
+        self.check_typed_code_helps(b"data:image/png;base64,***")
+
+    def test_a_reply_without_a_marker_is_no_image_and_a_typed_code_helps(self):
+        self.check_typed_code_helps(b"data:image/png,plain")
+
+    def test_what_belongs_to_no_code_is_taken_out_of_what_is_pasted(self):
+        self.stage.start_office()
+        self.start()
+        window = self.window()
+        code = self.stage.order("code", "--role", "room", "--room", ROOM)
+        window.wait_for("text", "Pairing code").write("\U0001F525 " + code.lower().replace("-", "\u2013") + "\U0001F680")
+        window.press("Pair device")
+        window.wait_until_it_says(ROOM)
 
 
 class WithoutAKeyStore(OnAComputer):

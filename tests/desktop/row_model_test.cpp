@@ -1,6 +1,8 @@
 #include "screens/qml/row_model.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <rapidcheck.h>
 
 #include <QAbstractItemModelTester>
@@ -72,6 +74,19 @@ TEST(RowModel, aRowThatChangesIsToldAlone) {
     model.setRows(rows);
     EXPECT_EQ(changed, std::vector<int>{1});
     EXPECT_EQ(model.data(model.index(1), RowModel::note).toString(), "Now");
+}
+
+TEST(RowModel, aTimeBefore1970IsATimeAndOnlyNoneIsNoNumber) {
+    using namespace std::chrono_literals;
+    auto rows = rowsOf({1, 2, 3});
+    rows[0].since = platform::WallTime{-1ms};
+    rows[1].since = platform::WallTime{-86'400s};
+    RowModel model;
+    model.setRows(rows);
+    const auto since = [&](int row) { return model.data(model.index(row), RowModel::since).toDouble(); };
+    EXPECT_EQ(since(0), -1);
+    EXPECT_EQ(since(1), -86'400'000);
+    EXPECT_TRUE(std::isnan(since(2)));
 }
 
 TEST(RowModel, theSameRowsAreNoChange) {

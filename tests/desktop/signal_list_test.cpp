@@ -1,6 +1,7 @@
 #include "tests/desktop/page_fixture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -44,6 +45,17 @@ protected:
 
     Page page;
 };
+
+TEST_F(SignalList, aWaitIsCountedFromATimeBefore1970AndNotFromOneThatIsNone) {
+    open({call("a", "1969-12-31T00:00:00Z"), call("b", "some day")});
+    const double start = -86'400'000;
+    EXPECT_EQ(page.model->waitTime(start, start + 61'000), "1:01");
+    EXPECT_FALSE(page.model->isLongWait(start, start));
+    EXPECT_EQ(page.model->waitTime(std::nan(""), 61'000), "0:00");
+    EXPECT_FALSE(page.model->isLongWait(std::nan(""), 1e12));
+    EXPECT_EQ(page.rowItem("a")->property("since").toDouble(), start);
+    EXPECT_TRUE(std::isnan(page.rowItem("b")->property("since").toDouble()));
+}
 
 TEST_F(SignalList, rowsKeepTheirItemsWhileOthersComeGoAndOvertake) {
     open({call("a", "2026-01-02T08:00:01Z"), call("b", "2026-01-02T08:00:02Z"), call("c", "2026-01-02T08:00:03Z")});
