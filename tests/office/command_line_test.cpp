@@ -39,6 +39,27 @@ TEST(CommandLine, runsTheOfficeWithOrWithoutTheWord) {
               Command(full));
 }
 
+TEST(CommandLine, encryptsHidesTheConsoleAndKnowsItsPrograms) {
+    const auto command = parsed({"--database", "o.db", "--certificate", "c.pem", "--key", "k.pem", "--app-check-file",
+                                 "secret", "--no-console"});
+    ASSERT_TRUE(command.has_value()) << command.error();
+    const Serve& serve = std::get<Serve>(*command);
+    EXPECT_EQ(serve.certificate, "c.pem");
+    EXPECT_EQ(serve.key, "k.pem");
+    EXPECT_EQ(serve.appCheckFile, "secret");
+    EXPECT_FALSE(serve.console);
+    EXPECT_THAT(fault({"--database", "o.db", "--certificate", "c.pem"}), HasSubstr("go together"));
+    EXPECT_THAT(fault({"--database", "o.db", "--key", "k.pem"}), HasSubstr("go together"));
+    EXPECT_THAT(fault({"--database", "o.db", "--app-check-file"}), HasSubstr("needs a value"));
+}
+
+TEST(CommandLine, playsPhonesBeforeAScreenAndOnTheirWay) {
+    EXPECT_EQ(controlOf({"scan", "Hallway Mac", "Sofia Marino"}).body,
+              R"({"device":"Hallway Mac","member":"Sofia Marino"})");
+    EXPECT_EQ(controlOf({"walk", "Dr. Mei Tanaka", "Room 2"}).path, "/admin/v1/walk");
+    EXPECT_EQ(controlOf({"walk", "Dr. Mei Tanaka", "Room 2"}).body, R"({"member":"Dr. Mei Tanaka","room":"Room 2"})");
+}
+
 TEST(CommandLine, showsItsUsageWhenNothingIsWanted) {
     EXPECT_EQ(parsed({}), Command(Help{}));
     EXPECT_EQ(parsed({"--help"}), Command(Help{}));

@@ -2,6 +2,8 @@
 #include "tests/office/office_fixture.h"
 #include "tests/office/office_process.h"
 
+#include <fstream>
+
 namespace zelkovanta::office {
 namespace {
 
@@ -151,6 +153,24 @@ TEST(OfficeWithoutConsole, hasNothingAtItsAddresses) {
     EXPECT_EQ(ask(office.port(), "POST", "/console/v1/room/add", {}, R"({"name":"X"})").status, 404);
     RealTimeConnection console(office.port());
     EXPECT_EQ(console.openConsole(host, "http://" + host), 404);
+}
+
+TEST(OfficeThatKnowsItsPrograms, takesWhatTheRequestSaysOfItsProgram) {
+    const OfficeProcess office([](const std::filesystem::path& folder) {
+        std::ofstream(folder / "secret") << "build-secret\n";
+        return std::vector<std::string>{"--sample", "harbour", "--app-check-file", folder / "secret"};
+    });
+    const auto statusWith = [&](const std::string& header) {
+        const std::string body = R"({"device":{"kind":"desktop_mac","name":"Pamir","model":"M","appVersion":"1"}})";
+        RawConnection connection(office.port());
+        connection.send("POST /api/v1/pair/request HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n" + header +
+                        "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+        return connection.readAll().substr(0, 12);
+    };
+    EXPECT_EQ(statusWith(""), "HTTP/1.1 403");
+    EXPECT_EQ(statusWith("X-ZVT-AppCheck-Token: guessed\r\n"), "HTTP/1.1 403");
+    EXPECT_EQ(statusWith("X-ZVT-AppCheck-Token: build-secret\r\n"), "HTTP/1.1 200");
+    EXPECT_EQ(office.log().find("build-secret"), std::string::npos);
 }
 
 }  // namespace
