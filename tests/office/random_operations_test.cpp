@@ -125,7 +125,7 @@ private:
             refusable_->refuseCommits(true);
         }
         const State before = refusing ? office_->state() : State();
-        const Answer answer = carryOut(what % 17, first, second);
+        const Answer answer = carryOut(what % 20, first, second);
         if (refusing) {
             refusable_->refuseCommits(false);
             RC_ASSERT(answer.status == 500 || answer.effects.empty());
@@ -178,6 +178,14 @@ private:
             case 15:
                 reopen();
                 return {};
+            case 16:
+                return office_->walkIn(practiceOf<Member>(first), any<Member>(first), any<Room>(second), now_);
+            case 17:
+                return office_->setStatus(practiceOf<Member>(first), any<Member>(first), even ? "dnd" : "available",
+                                          now_);
+            case 18:
+                (void)request("POST", "devices/me/signin-qr", {}, second);
+                return office_->scanSignInCode(any<Device>(first), any<Member>(second), now_);
             default:
                 return office_->changeType(practiceOf<SignalType>(first), any<SignalType>(first),
                                            {.priority = second % 100, .active = even}, now_);
@@ -284,6 +292,7 @@ private:
             RC_ASSERT(snapshot.has_value());
             RC_ASSERT(inOrder(replica.state()) == inOrder(json::parse(*snapshot)));
         }
+        RC_ASSERT(json::parse(office_->overview(now_)).at("practices").as_array().size() == practices_.size());
         std::set<std::string> calls;
         for (const auto& [id, signal] : office_->state().all<Signal>()) {
             RC_ASSERT(isActive(signal) != signal.clearedAt.has_value());
