@@ -22,6 +22,8 @@ namespace zelkovanta::platform::linux_host {
 namespace asio = boost::asio;
 using tcp = asio::ip::tcp;
 using Socket = asio::basic_stream_socket<tcp, Executor>;
+using SecureStream = asio::ssl::stream<Socket&>;
+using TunnelledStream = asio::ssl::stream<SecureStream&>;
 using boost::system::error_code;
 
 namespace {
@@ -48,6 +50,54 @@ std::string bracketed(const std::string& host) {
 /// "HTTP/1.x 2xx"
 bool isSuccess(std::string_view head) {
     return head.starts_with("HTTP/1.") && head.size() > 12 && head[8] == ' ' && head[9] == '2';
+}
+
+/// Whether the other end of `stream` proves to be `host`.
+template <class Stream>
+Awaitable<bool> handshake(Stream& stream, std::string host) {
+    error_code isName;
+    asio::ip::make_address(host, isName);
+    if (isName) {
+        // The macro for this casts in C's way.
+        SSL_ctrl(stream.native_handle(), SSL_CTRL_SET_TLSEXT_HOSTNAME, TLSEXT_NAMETYPE_host_name, host.data());
+    }
+    stream.set_verify_callback(asio::ssl::host_name_verification(host));
+    const auto [error] = co_await stream.async_handshake(asio::ssl::stream_base::client, token);
+    co_return !error;
+}
+
+/// Asks a proxy at the other end of `stream` to lead on to a server.
+template <class Stream>
+Awaitable<bool> askForTunnel(Stream& stream, std::string credentials, UrlParts url) {
+    const std::string target = bracketed(url.host) + ":" + std::to_string(url.port);
+    std::string request = "CONNECT " + target + " HTTP/1.1\r\nHost: " + target + "\r\n";
+    if (!credentials.empty()) {
+        request += "Proxy-Authorization: Basic " + base64(credentials) + "\r\n";
+    }
+    request += "\r\n";
+    for (std::size_t sent = 0; sent < request.size();) {
+        const auto [error, size] = co_await stream.async_write_some(asio::buffer(request) + sent, token);
+        if (error) {
+            co_return false;
+        }
+        sent += size;
+    }
+    std::string answer;
+    constexpr std::string_view end = "\r\n\r\n";
+    while (answer.find(end) == std::string::npos) {
+        const std::size_t before = answer.size();
+        if (before == maximumProxyAnswer) {
+            co_return false;
+        }
+        answer.resize(maximumProxyAnswer);
+        const auto [error, size] = co_await stream.async_read_some(asio::buffer(answer) + before, token);
+        answer.resize(before + size);
+        if (error) {
+            co_return false;
+        }
+    }
+    // The server speaks only when spoken to: bytes behind the head come from somebody else.
+    co_return isSuccess(answer) && answer.ends_with(end) && answer.find(end) + end.size() == answer.size();
 }
 
 }  // namespace
@@ -82,8 +132,22 @@ struct ServerConnection::Streams {
     NameLookup lookup;
     int attempt = 0;
     std::shared_ptr<asio::ssl::context> context;
-    std::optional<asio::ssl::stream<Socket&>> secure;
+    // At most two of them: a secure proxy's, and within it or without a secure server's.
+    std::optional<SecureStream> secure;
+    std::optional<TunnelledStream> tunnelled;
     std::string last;
+
+    /// Calls `use` with the stream that leads to the server.
+    template <class Use>
+    void withInnermost(Use use) {
+        if (tunnelled) {
+            use(*tunnelled);
+        } else if (secure) {
+            use(*secure);
+        } else {
+            use(socket);
+        }
+    }
 };
 
 ServerConnection::ServerConnection(Executor executor, TransportSettings settings, std::shared_ptr<TlsTrust> trust)
@@ -101,7 +165,7 @@ Awaitable<bool> ServerConnection::open(UrlParts url) {
     const auto proxyUrl = settings_.proxies.proxyFor(url.scheme, url.host);
     if (proxyUrl) {
         const auto proxy = parseUrl(*proxyUrl);
-        if (!proxy || proxy->scheme != "http") {
+        if (!proxy) {
             co_return false;
         }
         const bool isTunnelled = co_await tunnel(*proxy, url);
@@ -160,58 +224,35 @@ Awaitable<bool> ServerConnection::tunnel(UrlParts proxy, UrlParts url) {
     if (!isConnected) {
         co_return false;
     }
-    const std::string target = bracketed(url.host) + ":" + std::to_string(url.port);
-    std::string request = "CONNECT " + target + " HTTP/1.1\r\nHost: " + target + "\r\n";
-    if (!proxy.credentials.empty()) {
-        request += "Proxy-Authorization: Basic " + base64(proxy.credentials) + "\r\n";
+    if (proxy.scheme != "https") {
+        co_return co_await askForTunnel(streams_->socket, proxy.credentials, url);
     }
-    request += "\r\n";
-    for (std::size_t sent = 0; sent < request.size();) {
-        const auto [error, size] = co_await streams_->socket.async_write_some(asio::buffer(request) + sent, token);
-        if (error) {
-            co_return false;
-        }
-        sent += size;
+    streams_->context = trust_->context();
+    auto& stream = streams_->secure.emplace(streams_->socket, *streams_->context);
+    const bool isProxy = co_await handshake(stream, proxy.host);
+    if (!isProxy) {
+        co_return false;
     }
-    std::string answer;
-    constexpr std::string_view end = "\r\n\r\n";
-    while (answer.find(end) == std::string::npos) {
-        const std::size_t before = answer.size();
-        if (before == maximumProxyAnswer) {
-            co_return false;
-        }
-        answer.resize(maximumProxyAnswer);
-        const auto [error, size] = co_await streams_->socket.async_read_some(asio::buffer(answer) + before, token);
-        answer.resize(before + size);
-        if (error) {
-            co_return false;
-        }
-    }
-    // The server speaks only when spoken to: bytes behind the head come from somebody else.
-    co_return isSuccess(answer) && answer.ends_with(end) && answer.find(end) + end.size() == answer.size();
+    co_return co_await askForTunnel(stream, proxy.credentials, url);
 }
 
 Awaitable<bool> ServerConnection::secure(std::string host) {
     streams_->context = trust_->context();
-    auto& stream = streams_->secure.emplace(streams_->socket, *streams_->context);
-    error_code isName;
-    asio::ip::make_address(host, isName);
-    if (isName) {
-        // The macro for this casts in C's way.
-        SSL_ctrl(stream.native_handle(), SSL_CTRL_SET_TLSEXT_HOSTNAME, TLSEXT_NAMETYPE_host_name, host.data());
+    bool isServer = false;
+    if (streams_->secure) {
+        isServer =
+            co_await handshake(streams_->tunnelled.emplace(*streams_->secure, *streams_->context), std::move(host));
+    } else {
+        isServer = co_await handshake(streams_->secure.emplace(streams_->socket, *streams_->context), std::move(host));
     }
-    stream.set_verify_callback(asio::ssl::host_name_verification(host));
-    const auto [error] = co_await stream.async_handshake(asio::ssl::stream_base::client, token);
-    co_return !error && !isClosed_;
+    co_return isServer && !isClosed_;
 }
 
 void ServerConnection::readSome(asio::mutable_buffer into, Done done) {
     if (isClosed_) {
         asio::post(executor_, [done = std::move(done)]() mutable { done(asio::error::operation_aborted, 0); });
-    } else if (streams_->secure) {
-        streams_->secure->async_read_some(into, std::move(done));
     } else {
-        streams_->socket.async_read_some(into, std::move(done));
+        streams_->withInnermost([&](auto& stream) { stream.async_read_some(into, std::move(done)); });
     }
 }
 
@@ -225,11 +266,7 @@ void ServerConnection::writeSome(asio::const_buffer from, Done done) {
         self->isWriting_ = false;
         done(error, size);
     };
-    if (streams_->secure) {
-        streams_->secure->async_write_some(from, std::move(finished));
-    } else {
-        streams_->socket.async_write_some(from, std::move(finished));
-    }
+    streams_->withInnermost([&](auto& stream) { stream.async_write_some(from, std::move(finished)); });
 }
 
 void ServerConnection::close() {

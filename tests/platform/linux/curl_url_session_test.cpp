@@ -1,75 +1,15 @@
-#include "platform/linux/curl_url_session.h"
-
 #include "platform/linux/network_interfaces.h"
-#include "platform/linux/network_thread.h"
-#include "platform/task.h"
+#include "tests/platform/linux/curl_fixture.h"
 #include "tests/platform/linux/scripted_server.h"
-#include "tests/platform/linux/temporary_folder.h"
 
 #include <algorithm>
 #include <atomic>
-#include <future>
+#include <condition_variable>
 #include <mutex>
 #include <vector>
 
-#include <boost/asio/post.hpp>
-#include <gtest/gtest.h>
-
 namespace zelkovanta::platform::linux_host {
 namespace {
-
-using namespace std::chrono_literals;
-using Result = std::expected<HttpResponse, TransportError>;
-
-std::string answer(std::string_view body, std::string_view status = "200 OK") {
-    return "HTTP/1.1 " + std::string{status} + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
-           std::string{body};
-}
-
-/// The outcome as a failed test shows it best.
-std::string shown(const Result& result) {
-    return result ? std::to_string(result->status) + " " + result->body
-                  : "failed with cause " + std::to_string(static_cast<int>(result.error().cause));
-}
-
-struct CurlUrlSessionTest : testing::Test {
-    NetworkThread network;
-    TransportSettings settings{.acceptLanguage = "de-DE"};
-    UrlSessionConfiguration configuration{.idleTimeout = 10s};
-    std::unique_ptr<CurlUrlLoading> loading;
-    std::unique_ptr<UrlSession> session;
-
-    ~CurlUrlSessionTest() override {
-        session.reset();
-        if (loading) {
-            loading->cancelAll();
-        }
-        network.runAndWait([]() -> Awaitable<void> { co_return; }, 10s);
-    }
-
-    std::future<Result> begin(HttpRequest request) {
-        if (!session) {
-            loading = std::make_unique<CurlUrlLoading>(network, settings);
-            session = loading->makeSession(configuration);
-        }
-        auto promise = std::make_shared<std::promise<Result>>();
-        startTask(network.makeSerialQueue(), [this, promise, request = std::move(request)]() -> Awaitable<void> {
-            promise->set_value(co_await session->perform(request));
-        });
-        return promise->get_future();
-    }
-
-    Result perform(HttpRequest request) { return begin(std::move(request)).get(); }
-    Result get(const std::string& url) { return perform({.method = "GET", .url = url}); }
-    TransportCause causeOfGetting(const std::string& url) {
-        const Result result = get(url);
-        if (result) {
-            ADD_FAILURE() << "answered with " << result->status;
-            return {};
-        }
-        return result.error().cause;
-    }
-};
 
 TEST_F(CurlUrlSessionTest, aRequestGoesOutWithItsMethodHeadersAndBodyAndNothingAddedOfContent) {
     std::string seen;
@@ -397,123 +337,6 @@ TEST_F(CurlUrlSessionTest, manyExchangesRunAtTheSameTime) {
     for (int i = 0; i < count; ++i) {
         EXPECT_EQ(pending[static_cast<std::size_t>(i)].get(), (HttpResponse{.status = 200, .body = std::to_string(i)}));
     }
-}
-
-struct CurlTlsTest : CurlUrlSessionTest {
-    TemporaryFolder folder;
-    TestCertificate authority = makeAuthority();
-
-    CurlTlsTest() {
-        settings.certificateFile = folder.path() / "authority.pem";
-        writeCertificate(authority, settings.certificateFile);
-    }
-    static void answerAll(ScriptedConnection& connection) {
-        connection.readRequest();
-        connection.send(answer("secret"));
-    }
-    static std::string secureUrl(const ScriptedServer& server) {
-        return "https://localhost:" + std::to_string(server.port());
-    }
-};
-
-TEST_F(CurlTlsTest, aCertificateOfATrustedAuthorityForTheRightNameIsAccepted) {
-    ScriptedServer server(answerAll, makeServerCertificate(authority, "localhost"));
-    EXPECT_EQ(shown(get(secureUrl(server))), "200 secret");
-}
-
-TEST_F(CurlTlsTest, aSelfSignedCertificateIsRefusedBeforeAnyByteOfTheRequest) {
-    bool sawRequest = false;
-    {
-        ScriptedServer server([&](ScriptedConnection& connection) { sawRequest = !connection.readRequest().empty(); },
-                              makeServerCertificate(makeAuthority(), "localhost"));
-        EXPECT_EQ(causeOfGetting(secureUrl(server)), TransportCause::certificateRefused);
-    }
-    EXPECT_FALSE(sawRequest);
-}
-
-TEST_F(CurlTlsTest, anExpiredCertificateIsRefused) {
-    ScriptedServer server(answerAll, makeServerCertificate(authority, "localhost", Validity::expired));
-    EXPECT_EQ(causeOfGetting(secureUrl(server)), TransportCause::certificateRefused);
-}
-
-TEST_F(CurlTlsTest, aCertificateForAnotherNameIsRefused) {
-    ScriptedServer server(answerAll, makeServerCertificate(authority, "elsewhere.example"));
-    EXPECT_EQ(causeOfGetting(secureUrl(server)), TransportCause::certificateRefused);
-}
-
-TEST_F(CurlTlsTest, aServerWithoutTlsIsNotTalkedTo) {
-    std::string seen;
-    ScriptedServer server([&](ScriptedConnection& connection) {
-        seen = connection.read(1);
-        connection.send("HTTP/1.1 200 OK\r\n\r\n");
-    });
-    const TransportCause cause = causeOfGetting(secureUrl(server));
-    EXPECT_EQ(cause, TransportCause::interrupted);
-    EXPECT_EQ(seen, "\x16");
-}
-
-struct CurlProxyTest : CurlTlsTest {
-    /// A proxy that leads every tunnel to the end of the script itself, as the server that was asked for.
-    static ScriptedServer::Script tunnelTo(const TestCertificate& certificate, std::string& seen) {
-        return [certificate, &seen](ScriptedConnection& connection) {
-            seen = connection.readRequest();
-            connection.send("HTTP/1.1 200 Connection established\r\n\r\n");
-            if (connection.startTls(certificate)) {
-                answerAll(connection);
-            }
-        };
-    }
-};
-
-TEST_F(CurlProxyTest, aSecureRequestGoesThroughTheProxysTunnel) {
-    std::string seen;
-    ScriptedServer proxy(tunnelTo(makeServerCertificate(authority, "office.test"), seen));
-    settings.proxies.https = "http://user:pass@" + proxy.address();
-    const Result result =
-        perform({.method = "GET", .url = "https://office.test/", .headers = {{"Authorization", "Bearer t"}}});
-    EXPECT_EQ(shown(result), "200 secret");
-    EXPECT_TRUE(seen.starts_with("CONNECT office.test:443 HTTP/1.1\r\n")) << seen;
-    EXPECT_NE(seen.find("Proxy-Authorization: Basic dXNlcjpwYXNz\r\n"), std::string::npos) << seen;
-    EXPECT_EQ(seen.find("Bearer"), std::string::npos) << "the proxy is shown the token";
-}
-
-TEST_F(CurlProxyTest, theCertificateBehindTheProxyIsChecked) {
-    std::string seen;
-    ScriptedServer proxy(tunnelTo(makeServerCertificate(makeAuthority(), "office.test"), seen));
-    settings.proxies.https = proxy.address();
-    EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::certificateRefused);
-}
-
-TEST_F(CurlProxyTest, aProxyThatWantsALoginOrIsNotThereIsTheProxysFailure) {
-    ScriptedServer proxy([](ScriptedConnection& connection) {
-        connection.readRequest();
-        connection.send("HTTP/1.1 407 Proxy Authentication Required\r\nContent-Length: 0\r\n\r\n");
-    });
-    settings.proxies = {.http = proxy.address(), .https = proxy.address()};
-    EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::proxyFailed);
-    EXPECT_EQ(causeOfGetting("http://office.test/"), TransportCause::proxyFailed);
-}
-
-TEST_F(CurlProxyTest, aProxyThatIsNotThereIsTheProxysFailure) {
-    settings.proxies.https = "http://127.0.0.1:" + std::to_string(unusedPort());
-    EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::proxyFailed);
-}
-
-TEST_F(CurlProxyTest, aProxyOfAKindThatCannotBeAskedIsTheProxysFailureAndNothingGoesPastIt) {
-    ScriptedServer proxy(answerAll);
-    for (const std::string scheme : {"socks5://", "socks5h://", "socks4a://"}) {
-        session.reset();
-        settings.proxies = {.all = scheme + proxy.address()};
-        EXPECT_EQ(causeOfGetting("http://office.test/"), TransportCause::proxyFailed) << scheme;
-        EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::proxyFailed) << scheme;
-    }
-    EXPECT_EQ(proxy.connections(), 0);
-}
-
-TEST_F(CurlProxyTest, thisComputerItselfIsReachedWithoutTheProxy) {
-    settings.proxies = {.http = "http://127.0.0.1:" + std::to_string(unusedPort())};
-    ScriptedServer server(answerAll);
-    EXPECT_EQ(shown(get("http://" + server.address())), "200 secret");
 }
 
 }  // namespace

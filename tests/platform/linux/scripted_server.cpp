@@ -40,6 +40,7 @@ std::size_t contentLength(std::string_view head) {
 
 ScriptedConnection::~ScriptedConnection() {
     tls_.reset();
+    outerTls_.reset();
     ::close(descriptor_);
 }
 
@@ -47,8 +48,15 @@ bool ScriptedConnection::startTls(const TestCertificate& certificate) {
     const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), &SSL_CTX_free);
     SSL_CTX_use_certificate(context.get(), certificate.certificate.get());
     SSL_CTX_use_PrivateKey(context.get(), certificate.key.get());
+    outerTls_ = std::move(tls_);
     tls_.reset(SSL_new(context.get()), &SSL_free);
-    SSL_set_fd(tls_.get(), descriptor_);
+    if (outerTls_) {
+        BIO* const within = BIO_new(BIO_f_ssl());
+        BIO_set_ssl(within, outerTls_.get(), BIO_NOCLOSE);
+        SSL_set_bio(tls_.get(), within, within);
+    } else {
+        SSL_set_fd(tls_.get(), descriptor_);
+    }
     return SSL_accept(tls_.get()) == 1;
 }
 

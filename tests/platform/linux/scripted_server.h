@@ -35,7 +35,7 @@ public:
     void waitForClose();
     /// Whether the peer closed, or sent something, within this time.
     bool stirsWithin(std::chrono::milliseconds time);
-    /// Speaks TLS from here on, as a server.
+    /// Speaks TLS from here on, as a server; the second time within the first.
     bool startTls(const TestCertificate& certificate);
     void closeNow();
     [[nodiscard]] int descriptor() const { return descriptor_; }
@@ -44,6 +44,7 @@ private:
     bool readMore();
 
     int descriptor_;
+    std::shared_ptr<SSL> outerTls_;
     std::shared_ptr<SSL> tls_;
     std::string buffer_;
 };
