@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -23,7 +24,7 @@ platform::WallTime momentOf(double milliseconds) {
 }
 
 std::optional<platform::WallTime> beginningOf(double milliseconds) {
-    return milliseconds < 0 ? std::nullopt : std::optional{momentOf(milliseconds)};
+    return std::isnan(milliseconds) ? std::nullopt : std::optional{momentOf(milliseconds)};
 }
 
 }  // namespace

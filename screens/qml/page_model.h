@@ -128,7 +128,7 @@ public:
 
     /// Milliseconds since 1970.
     Q_INVOKABLE [[nodiscard]] double now() const;
-    /// Both moments in milliseconds since 1970; a negative beginning is none.
+    /// Both moments in milliseconds since 1970; one that is not a number is none.
     Q_INVOKABLE [[nodiscard]] QString waitTime(double since, double now) const;
     Q_INVOKABLE [[nodiscard]] bool isLongWait(double since, double now) const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <limits>
 #include <string_view>
 #include <unordered_set>
 
@@ -22,7 +23,8 @@ std::unordered_set<std::string_view> idsOf(const std::vector<PlainRow>& rows) {
 
 double milliseconds(const std::optional<platform::WallTime>& moment) {
     using namespace std::chrono;
-    return moment ? duration<double, std::milli>(moment->time_since_epoch()).count() : -1;
+    return moment ? duration<double, std::milli>(moment->time_since_epoch()).count()
+                  : std::numeric_limits<double>::quiet_NaN();
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ public:
         note,
         status,
         statusText,
-        since,  ///< milliseconds since 1970; negative for none
+        since,  ///< milliseconds since 1970; not a number for none
         mayAcknowledge,
         mayFinish,
         mayCancel,
