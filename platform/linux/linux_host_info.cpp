@@ -214,7 +214,7 @@ double LinuxHostInfo::bootTime() const {
 // outlive a login. Else the session counts that the person has in front of them.
 std::optional<std::string> LinuxHostInfo::loginSession() const {
     const auto groups = readFile(sources_.root / "proc/self/cgroup", maximumFactSize);
-    const auto inScope = findLine(groups.value_or(""), [](std::string_view line) -> std::optional<std::string> {
+    auto inScope = findLine(groups.value_or(""), [](std::string_view line) -> std::optional<std::string> {
         constexpr std::string_view begin = "/session-";
         const auto at = line.rfind(begin);
         if (at == std::string_view::npos) {
@@ -254,10 +254,10 @@ std::string LinuxHostInfo::auditSessionId() const {
     if (const auto login = loginSession()) {
         return "l" + *login;
     }
-    if (!busId_) {
+    if (busId_.empty()) {
         busId_ = sources_.sessionBusId();
     }
-    return busId_->empty() ? "" : "b" + *busId_;
+    return busId_.empty() ? "" : "b" + busId_;
 }
 
 }  // namespace zelkovanta::platform::linux_host
