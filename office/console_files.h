@@ -15,6 +15,9 @@ struct ConsoleFile {
 /// All of them; they are part of the program.
 [[nodiscard]] std::span<const ConsoleFile> consoleFiles();
 
+/// The style that the page holds, byte for byte.
+[[nodiscard]] std::string_view consoleStyle();
+
 /// Null for a path at which there is none. The page itself is at "/".
 [[nodiscard]] const ConsoleFile* consoleFileAt(std::string_view path);
 

@@ -2,8 +2,12 @@
 
 #include "office/refusal.h"
 
+#include <array>
+
 #include <boost/beast/core/string.hpp>
 #include <boost/beast/http/error.hpp>
+#include <openssl/evp.h>
+#include <openssl/sha.h>
 
 namespace zelkovanta::office {
 namespace {
@@ -11,10 +15,18 @@ namespace {
 namespace beast = boost::beast;
 namespace http = boost::beast::http;
 
-// The console needs nothing but what the office itself serves, and is nobody's frame.
-constexpr std::string_view contentPolicy =
-    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; base-uri 'none'; "
-    "form-action 'none'; frame-ancestors 'none'";
+/// The console needs nothing but what the office itself serves and the style in the page, and is nobody's frame.
+std::string contentPolicy() {
+    const std::string_view style = consoleStyle();
+    std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes are what the library takes.
+    SHA256(reinterpret_cast<const unsigned char*>(style.data()), style.size(), digest.data());
+    std::array<unsigned char, 4 * (SHA256_DIGEST_LENGTH + 2) / 3 + 1> text{};
+    const int length = EVP_EncodeBlock(text.data(), digest.data(), static_cast<int>(digest.size()));
+    return "default-src 'none'; script-src 'self'; style-src 'sha256-" +
+           std::string(text.data(), text.data() + length) +
+           "'; img-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+}
 
 HttpResponse response(int status, std::string_view type, std::string_view body, unsigned version, bool keepAlive) {
     HttpResponse made(static_cast<http::status>(status), version);
@@ -54,7 +66,7 @@ HttpResponse responseOf(const Answer& answer, unsigned version, bool keepAlive) 
 
 HttpResponse responseOf(const ConsoleFile& file, unsigned version, bool keepAlive) {
     HttpResponse made = response(200, file.type, file.content, version, keepAlive);
-    made.set("Content-Security-Policy", beast::string_view(contentPolicy.data(), contentPolicy.size()));
+    made.set("Content-Security-Policy", contentPolicy());
     made.set("Cross-Origin-Resource-Policy", "same-origin");
     made.set("Cross-Origin-Opener-Policy", "same-origin");
     made.set("Referrer-Policy", "no-referrer");

@@ -117,6 +117,7 @@ TEST(ConsoleFiles, thePageAndAllThatItNamesIsThere) {
     const ConsoleFile* page = consoleFileAt("/");
     ASSERT_NE(page, nullptr);
     EXPECT_THAT(page->type, testing::StartsWith("text/html"));
+    EXPECT_NE(page->content.find("<style>" + std::string(consoleStyle()) + "</style>"), std::string_view::npos);
     EXPECT_EQ(consoleFileAt("/console/index.html"), nullptr);
     EXPECT_EQ(consoleFileAt("/console/../office.db"), nullptr);
 
