@@ -29,7 +29,7 @@ Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
     QCoreApplication::installTranslator(&translator_);
     page_ = std::make_unique<screens::qml::PageModel>(store_, host_.mainThread().executor(), host_.clock(), strings_);
     mainWindow_.setPage(*page_);
-    busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(busName), host_.background().workers(),
+    busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(busName), host_.sessionBusThread(),
                                                  host_.mainThread().executor(),
                                                  [this](const QString& token) { bringForward(token); });
 }

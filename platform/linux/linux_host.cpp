@@ -13,9 +13,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-HostSources sourcesWith(const Environment& environment) {
+HostSources sourcesWith(const Environment& environment, const SessionBusId& sessionBusId) {
     HostSources sources = HostSources::ofThisComputer();
     sources.environment = environment;
+    sources.sessionBusId = [&sessionBusId] { return sessionBusId.value(); };
     return sources;
 }
 
@@ -32,18 +33,22 @@ LinuxHost::Settings LinuxHost::settingsOfThisProcess(Profile profile) {
 }
 
 LinuxHost::LinuxHost(const Settings& settings)
-    : clock_(network_.context()),
-      info_(sourcesWith(settings.environment)),
+    : buses_(settings.environment),
+      sessionBusId_(buses_.session()),
+      clock_(network_.context()),
+      info_(sourcesWith(settings.environment, sessionBusId_)),
       urlLoading_(network_, TransportSettings::from(settings.environment, info_.localeIdentifier())),
       webSockets_(TransportSettings::from(settings.environment, info_.localeIdentifier())),
-      keyStore_(mainThread_.executor(), network_.workers()),
+      keyStore_(mainThread_.executor(), buses_.session()),
       defaults_(settings.roots.config / "zelkovanta" / "settings.ini", network_.makeWorkerQueue()),
       information_(settings.resources),
       loginItem_(
           settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
           settings.program),
-      powerOff_(clock_, network_.context(), network_.workers(), mainThread_.executor(),
-                [] { QCoreApplication::quit(); }) {}
+      powerOff_(clock_, network_.context(), buses_.system(), mainThread_.executor(), [] { QCoreApplication::quit(); }) {
+    // Where nothing else tells this login from another, the bus is asked before anybody wants to know.
+    static_cast<void>(info_.auditSessionId());
+}
 
 LinuxHost::~LinuxHost() {
     shutDown();
@@ -61,6 +66,7 @@ void LinuxHost::shutDown() {
     // What was cancelled comes to its end before the thread does.
     network_.runAndWait([]() -> Awaitable<void> { co_return; }, 1s);
     network_.stop();
+    buses_.stop();
     mainThread_.end();
 }
 

@@ -3,6 +3,7 @@
 #include "platform/linux/beast_web_socket.h"
 #include "platform/linux/boottime_clock.h"
 #include "platform/linux/bundle_information.h"
+#include "platform/linux/bus_threads.h"
 #include "platform/linux/curl_url_session.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/ini_user_defaults.h"
@@ -49,6 +50,8 @@ public:
 
     [[nodiscard]] QtMainThread& mainThread() { return mainThread_; }
     [[nodiscard]] NetworkThread& background() { return network_; }
+    /// Where the session bus may be connected to.
+    [[nodiscard]] Executor sessionBusThread() { return buses_.session(); }
     [[nodiscard]] Clock& clock() { return clock_; }
     [[nodiscard]] RandomSource& random() { return random_; }
     [[nodiscard]] UrlLoading& urlLoading() { return urlLoading_; }
@@ -64,6 +67,8 @@ private:
     // What work comes back to is declared before what does the work, and so outlives it.
     QtMainThread mainThread_;
     NetworkThread network_;
+    BusThreads buses_;
+    SessionBusId sessionBusId_;
     BoottimeClock clock_;
     OsRandom random_;
     LinuxHostInfo info_;

@@ -15,8 +15,9 @@ namespace zelkovanta::platform::linux_host {
 struct HostSources {
     std::filesystem::path root = "/";  ///< the file system below which "etc", "proc", "run" and "sys" are read
     Environment environment = processEnvironment();
-    std::function<std::string()> hostName;      ///< the kernel's
-    std::function<std::string()> sessionBusId;  ///< the bus's own id, empty without a bus; asked for once, if at all
+    std::function<std::string()> hostName;  ///< the kernel's
+    std::function<std::string()>
+        sessionBusId;  ///< the bus's own id, empty while there is none; asked for once it is needed
     std::uint32_t userId = 0;
 
     /// This computer's.
@@ -43,7 +44,7 @@ private:
     [[nodiscard]] bool isOpenSession(const std::string& session) const;
 
     HostSources sources_;
-    mutable std::optional<std::string> busId_;
+    mutable std::string busId_;
 };
 
 /// The id that the bus at this address has given itself when it began; empty if nothing answers there.

@@ -15,9 +15,9 @@ namespace zelkovanta::platform::linux_host {
 /// the main thread without ever waiting on it, so they need its event loop.
 class SecretServiceKeyStore final : public KeyStore {
 public:
-    /// Connecting to the bus may wait, so it happens on `workers`. `callLimit` is how long the service may take for one
-    /// answer; a person at a prompt may take any time.
-    SecretServiceKeyStore(Executor mainThread, Executor workers,
+    /// Connecting to the bus may wait, so it happens on `connecting`. `callLimit` is how long the service may take for
+    /// one answer; a person at a prompt may take any time.
+    SecretServiceKeyStore(Executor mainThread, Executor connecting,
                           std::chrono::milliseconds callLimit = std::chrono::seconds{30});
     /// On the main thread. Operations still waiting are given up.
     ~SecretServiceKeyStore() override;

@@ -14,6 +14,7 @@ struct LinuxHostInfoTest : testing::Test {
     TemporaryFolder root;
     std::map<std::string, std::string> variables;
     int busCalls = 0;
+    std::string busId = "abc";
     LinuxHostInfo info{{.root = root.path(),
                         .environment = [this](const std::string& name) -> std::optional<std::string> {
                             const auto found = variables.find(name);
@@ -23,7 +24,7 @@ struct LinuxHostInfoTest : testing::Test {
                         .sessionBusId =
                             [this] {
                                 ++busCalls;
-                                return "abc";
+                                return busId;
                             }}};
 
     void write(const std::string& file, const std::string& content) const {
@@ -107,6 +108,17 @@ TEST_F(LinuxHostInfoTest, theAuditSessionIsTheFirstThatExists) {
     write("proc/self/sessionid", "12");
     EXPECT_EQ(info.auditSessionId(), "k12");
     EXPECT_EQ(busCalls, 1);
+}
+
+TEST_F(LinuxHostInfoTest, aBusThatDidNotAnswerIsAskedAgain) {
+    busId.clear();
+    EXPECT_EQ(info.auditSessionId(), "");
+    EXPECT_EQ(info.auditSessionId(), "");
+    busId = "late";
+    EXPECT_EQ(info.auditSessionId(), "blate");
+    busId = "another";
+    EXPECT_EQ(info.auditSessionId(), "blate");
+    EXPECT_EQ(busCalls, 3);
 }
 
 TEST_F(LinuxHostInfoTest, aVariableThatLeadsElsewhereIsNoSession) {

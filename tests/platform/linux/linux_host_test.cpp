@@ -55,6 +55,32 @@ TEST_F(LinuxHostTest, aMissingKeyStoreIsNoTokenWithoutDelay) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
 }
 
+TEST_F(LinuxHostTest, busesThatAcceptAndStaySilentHoldUpNeitherTheSettingsNorTheEnd) {
+    ScriptedServer silent([](ScriptedConnection& connection) { connection.waitForClose(); });
+    settings.environment = [&silent](const std::string& name) -> std::optional<std::string> {
+        return name.starts_with("DBUS_") ? std::optional{"tcp:host=127.0.0.1,port=" + std::to_string(silent.port())}
+                                         : std::nullopt;
+    };
+    host.reset();
+    host.emplace(settings);
+    const auto witness = std::make_shared<int>();
+    startTask(host->mainThread().executor(), [&, witness]() -> Awaitable<void> {
+        const auto kept = witness;
+        co_await host->keyStore().read(token);
+        ADD_FAILURE() << "the key store answered without a bus";
+    });
+    EXPECT_TRUE(runUntil([&] { return silent.connections() == 2; }));
+    host->defaults().setBoolean("openAsWindow", true);
+    EXPECT_TRUE(host->defaults().boolean("openAsWindow").value_or(false));
+    const auto file = folder.path() / "config/zelkovanta/settings.ini";
+    EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(file); }, 5s));
+    const auto start = std::chrono::steady_clock::now();
+    host->shutDown();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+    host.reset();
+    EXPECT_EQ(witness.use_count(), 1) << "a task is still there";
+}
+
 TEST_F(LinuxHostTest, itEndsQuicklyWithEverythingUnderWay) {
     ScriptedServer silent([](ScriptedConnection& connection) { connection.waitForClose(); });
     ScriptedServer sockets([](ScriptedConnection& connection) {
