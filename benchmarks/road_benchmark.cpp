@@ -82,10 +82,11 @@ std::vector<double> measureRoad() {
     const auto& room =
         std::ranges::find_if(rooms, [](const auto& entry) { return entry.second.name == "Room 3"; })->second;
     const auto& members = office->state().all<office::Member>();
-    const std::string provider =
-        std::ranges::find_if(members, [&](const auto& entry) {
-            return entry.second.practiceId == room.practiceId && entry.second.department == "provider";
-        })->first;
+    const std::string provider = std::ranges::find_if(members, [&](const auto& entry) {
+                                     const office::Member& member = entry.second;
+                                     return member.practiceId == room.practiceId && member.department == "provider" &&
+                                            member.onShift.value_or(true);
+                                 })->first;
     const std::string sendOrder = "send " + room.id + " " + provider;
     const std::string roomCode = pairingCode(*office, {.practice = room.practiceId,
                                                        .role = office::DeviceRole::room,

@@ -3,12 +3,20 @@
 #include "benchmarks/child_process.h"
 #include "benchmarks/monotonic.h"
 
+#include <atomic>
 #include <cstdio>
 #include <iostream>
+#include <semaphore>
+#include <thread>
 
+#include <boost/asio/awaitable.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/use_awaitable.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/websocket.hpp>
 #include <curl/curl.h>
@@ -18,50 +26,117 @@ namespace zelkovanta::benchmarks {
 namespace {
 
 namespace asio = boost::asio;
+namespace beast = boost::beast;
 namespace http = boost::beast::http;
 namespace websocket = boost::beast::websocket;
 using asio::ip::tcp;
+using Acceptor = asio::use_awaitable_t<>::as_default_on_t<tcp::acceptor>;
+using Requests = asio::use_awaitable_t<>::as_default_on_t<beast::tcp_stream>;
+using Frames = websocket::stream<Requests>;
 
 // As long as a "signal.created" frame.
 const std::string frame(450, 'x');
+
+/// Answers a request, then forwards its body to both processes: asynchronously, on a thread of its own, as any server
+/// does.
+class Forwarder {
+public:
+    explicit Forwarder(asio::io_context& context) : acceptor_(context, {asio::ip::address_v4::loopback(), 0}) {
+        asio::co_spawn(context, run(), asio::detached);
+    }
+
+    [[nodiscard]] std::string port() const { return std::to_string(acceptor_.local_endpoint().port()); }
+    /// The poster's socket connects first, then the listener's, then the poster's requests.
+    void waitForSocket() { sockets_.acquire(); }
+    /// When the latest request had been read.
+    [[nodiscard]] std::int64_t acceptedAt() const { return acceptedAt_; }
+
+private:
+    asio::awaitable<Requests> accept() {
+        tcp::socket socket = co_await acceptor_.async_accept();
+        socket.set_option(tcp::no_delay(true));
+        co_return Requests(std::move(socket));
+    }
+
+    asio::awaitable<Frames> acceptSocket() {
+        Requests stream = co_await accept();
+        Frames socket(std::move(stream));
+        co_await socket.async_accept();
+        socket.text(true);
+        sockets_.release();
+        co_return socket;
+    }
+
+    asio::awaitable<void> run() {
+        Frames poster = co_await acceptSocket();
+        Frames listener = co_await acceptSocket();
+        Requests inbound = co_await accept();
+        beast::flat_buffer buffer;
+        for (;;) {
+            http::request<http::string_body> request;
+            co_await http::async_read(inbound, buffer, request);
+            acceptedAt_ = monotonicNow();
+            http::response<http::string_body> response(http::status::created, request.version(), "{}");
+            response.prepare_payload();
+            co_await http::async_write(inbound, response);
+            co_await poster.async_write(asio::buffer(request.body()));
+            co_await listener.async_write(asio::buffer(request.body()));
+        }
+    }
+
+    Acceptor acceptor_;
+    std::counting_semaphore<2> sockets_{0};
+    std::atomic<std::int64_t> acceptedAt_ = 0;
+};
+
+/// Holds a web socket, and says when each frame was read.
+asio::awaitable<void> listen(asio::io_context& context, std::uint16_t port) {
+    Requests stream(context);
+    co_await stream.async_connect(tcp::endpoint(asio::ip::address_v4::loopback(), port));
+    stream.socket().set_option(tcp::no_delay(true));
+    Frames socket(std::move(stream));
+    co_await socket.async_handshake("127.0.0.1", "/");
+    for (;;) {
+        beast::flat_buffer buffer;
+        co_await socket.async_read(buffer);
+        std::printf("%lld\n", static_cast<long long>(monotonicNow()));
+        std::fflush(stdout);
+    }
+}
+
+void runListener(const std::string& port) {
+    asio::io_context context;
+    // Ends with the connection, by the exception that says so.
+    asio::co_spawn(context, listen(context, static_cast<std::uint16_t>(std::stoi(port))), asio::detached);
+    context.run();
+}
 
 }  // namespace
 
 std::vector<double> measureEcho(std::size_t rounds) {
     asio::io_context context;
-    tcp::acceptor acceptor(context, {asio::ip::address_v4::loopback(), 0});
-    const std::string port = std::to_string(acceptor.local_endpoint().port());
-
-    ChildProcess listener({"--echo-listener", port});
-    websocket::stream<tcp::socket> outbound(acceptor.accept());
-    outbound.next_layer().set_option(tcp::no_delay(true));
-    outbound.accept();
-    outbound.text(true);
-
-    ChildProcess poster({"--echo-poster", port});
-    // It connects with its first request.
-    poster.writeLine("post");
-    tcp::socket inbound = acceptor.accept();
-    inbound.set_option(tcp::no_delay(true));
-    boost::beast::flat_buffer buffer;
-
+    Forwarder forwarder(context);
+    std::thread thread([&] { context.run(); });
     std::vector<double> milliseconds;
-    for (std::size_t round = 0; round < rounds; ++round) {
-        http::request<http::string_body> request;
-        http::read(inbound, buffer, request);
-        const std::int64_t accepted = monotonicNow();
-        http::response<http::string_body> response(http::status::created, request.version(), "{}");
-        response.prepare_payload();
-        http::write(inbound, response);
-        outbound.write(asio::buffer(request.body()));
-        const std::int64_t seen = std::stoll(listener.readLine());
-        milliseconds.push_back(static_cast<double>(seen - accepted) / 1e6);
-        poster.writeLine("post");
+    {
+        ChildProcess poster({"--echo-poster", forwarder.port()});
+        forwarder.waitForSocket();
+        ChildProcess listener({"--echo-listener", forwarder.port()});
+        forwarder.waitForSocket();
+        for (std::size_t round = 0; round < rounds; ++round) {
+            poster.writeLine("post");
+            const std::int64_t seen = std::stoll(listener.readLine());
+            static_cast<void>(poster.readLine());
+            milliseconds.push_back(static_cast<double>(seen - forwarder.acceptedAt()) / 1e6);
+        }
+        context.stop();
+        thread.join();
     }
     return milliseconds;
 }
 
 int runEchoPoster(const std::string& port) {
+    std::thread([port] { runListener(port); }).detach();
     CURL* handle = curl_easy_init();
     const std::string url = "http://127.0.0.1:" + port + "/";
     curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
@@ -77,22 +152,8 @@ int runEchoPoster(const std::string& port) {
 }
 
 int runEchoListener(const std::string& port) {
-    asio::io_context context;
-    websocket::stream<tcp::socket> socket(context);
-    socket.next_layer().connect({asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(std::stoi(port))});
-    socket.next_layer().set_option(tcp::no_delay(true));
-    socket.handshake("127.0.0.1", "/");
-    boost::beast::flat_buffer buffer;
-    for (;;) {
-        boost::system::error_code error;
-        socket.read(buffer, error);
-        if (error) {
-            return 0;
-        }
-        std::printf("%lld\n", static_cast<long long>(monotonicNow()));
-        std::fflush(stdout);
-        buffer.clear();
-    }
+    runListener(port);
+    return 0;
 }
 
 }  // namespace zelkovanta::benchmarks

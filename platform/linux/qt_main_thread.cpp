@@ -52,15 +52,14 @@ public:
 private:
     void wake() { QCoreApplication::postEvent(this, new QEvent(wakeType_)); }
 
-    // As many pieces as wait now; what they post comes in a later turn, so that the toolkit's own events get theirs.
+    // Goes on with what the pieces post, which saves a round through the toolkit for each, but not for ever, so that
+    // the toolkit's own events get their turn. A piece may run an event loop of its own, hence the flag first.
     void runWaiting() {
-        std::size_t count = 0;
         {
             const std::scoped_lock lock(mutex_);
             wakePosted_ = false;
-            count = waiting_.size();
         }
-        for (; count > 0; --count) {
+        for (int count = 0; count < mostPerTurn; ++count) {
             Work work;
             {
                 const std::scoped_lock lock(mutex_);
@@ -72,7 +71,13 @@ private:
             }
             work();
         }
+        const std::scoped_lock lock(mutex_);
+        if (!waiting_.empty() && !std::exchange(wakePosted_, true)) {
+            wake();
+        }
     }
+
+    static constexpr int mostPerTurn = 16;
 
     const QEvent::Type wakeType_ = static_cast<QEvent::Type>(QEvent::registerEventType());
     std::mutex mutex_;

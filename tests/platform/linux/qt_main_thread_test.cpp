@@ -3,12 +3,15 @@
 #include "platform/linux/network_thread.h"
 #include "platform/task.h"
 
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QThread>
+#include <QTimer>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -52,6 +55,43 @@ TEST_F(QtMainThreadTest, postingNeverRunsTheWorkWithinTheCall) {
     EXPECT_TRUE(seen.empty());
     QCoreApplication::exec();
     EXPECT_EQ(seen, (std::vector<std::string>{"outer", "inner"}));
+}
+
+TEST_F(QtMainThreadTest, workThatPostsWithoutEndLeavesTheToolkitItsTurn) {
+    int pieces = 0;
+    const std::function<void()> again = [&] {
+        ++pieces;
+        mainThread.post(again);
+    };
+    mainThread.post(again);
+    QTimer::singleShot(0, &application, [] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
+    EXPECT_GE(pieces, 1);
+}
+
+TEST_F(QtMainThreadTest, aCrowdOfWorkIsDoneWhole) {
+    int pieces = 0;
+    for (int i = 0; i < 1000; ++i) {
+        mainThread.post([&] { ++pieces; });
+    }
+    mainThread.post([] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
+    EXPECT_EQ(pieces, 1000);
+}
+
+TEST_F(QtMainThreadTest, workThatRunsALoopOfItsOwnIsNotWaitedForByTheRest) {
+    bool isReached = false;
+    mainThread.post([&] {
+        QEventLoop inner;
+        mainThread.post([&] {
+            isReached = true;
+            inner.quit();
+        });
+        inner.exec();
+        QCoreApplication::quit();
+    });
+    QCoreApplication::exec();
+    EXPECT_TRUE(isReached);
 }
 
 TEST_F(QtMainThreadTest, workPostedAfterTheLoopEndedIsDestroyedUnrun) {
