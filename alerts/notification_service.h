@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zelkovanta::alerts {
 
@@ -37,7 +38,7 @@ class NotificationService final : public store::DesktopNotifications,
 public:
     /// A service that is the centre's delegate and has named its buttons.
     [[nodiscard]] static std::shared_ptr<NotificationService> start(const NotificationPorts& ports);
-    NotificationService(Private, const NotificationPorts& ports) : ports_(ports) {}
+    NotificationService(Private, NotificationPorts ports) : ports_(std::move(ports)) {}
     ~NotificationService() override;
     NotificationService(const NotificationService&) = delete;
     NotificationService& operator=(const NotificationService&) = delete;

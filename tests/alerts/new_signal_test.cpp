@@ -19,7 +19,6 @@ using platform::SoundFile;
 using records::DesktopAlerts;
 using records::Member;
 using records::Signal;
-using support::makeMember;
 using support::makeSignal;
 using support::makeSignalTo;
 using support::makeSignalWithNote;

@@ -23,7 +23,6 @@ using namespace std::chrono_literals;
 using platform::simulated::EventLoop;
 using support::makeSignal;
 using support::makeSignalThatIs;
-using support::makeSignalTo;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;

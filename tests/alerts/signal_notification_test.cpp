@@ -98,14 +98,14 @@ TEST(StaleIdentifiers, sameNotificationTwiceIsToldTwice) {
 
 /// The rule once more, one notification at a time and without sets.
 bool isStale(const Identity& identity, const std::vector<std::string>& open, const std::optional<std::string>& member) {
-    if (identity.identifier.find("zelkovanta.signal.") != 0) {
+    if (!identity.identifier.starts_with("zelkovanta.signal.")) {
         return false;
     }
     if (identity.memberId.has_value() != member.has_value() || (member && *identity.memberId != *member)) {
         return true;
     }
-    return std::none_of(open.begin(), open.end(),
-                        [&](const std::string& id) { return "zelkovanta.signal." + id == identity.identifier; });
+    return std::ranges::none_of(
+        open, [&](const std::string& id) { return "zelkovanta.signal." + id == identity.identifier; });
 }
 
 std::optional<std::string> maybe(const rc::Gen<std::string>& gen) {
