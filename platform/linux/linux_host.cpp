@@ -45,7 +45,11 @@ LinuxHost::LinuxHost(const Settings& settings)
       loginItem_(
           settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
           settings.program),
-      powerOff_(clock_, network_.context(), buses_.system(), mainThread_.executor(), [] { QCoreApplication::quit(); }) {
+      powerOff_(clock_, network_.context(), buses_.system(), mainThread_.executor(), [] { QCoreApplication::quit(); }),
+      userNotifications_(
+          {.file = settings.roots.state / "zelkovanta" / "notifications.json", .sounds = settings.resources / "sounds"},
+          clock_, mainThread_.executor(), buses_.session(), network_.makeWorkerQueue()),
+      peripheralManagers_(mainThread_.executor(), buses_.system()) {
     // Where nothing else tells this login from another, the bus is asked before anybody wants to know.
     static_cast<void>(info_.auditSessionId());
 }
@@ -59,6 +63,7 @@ void LinuxHost::shutDown() {
         return;
     }
     powerOff_.stop();
+    userNotifications_.end();
     keyStore_.finishChanges(1s);
     urlLoading_.cancelAll();
     webSockets_.cancelAll();

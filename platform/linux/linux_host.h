@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/linux/beast_web_socket.h"
+#include "platform/linux/bluez_peripheral_manager.h"
 #include "platform/linux/boottime_clock.h"
 #include "platform/linux/bundle_information.h"
 #include "platform/linux/bus_threads.h"
 #include "platform/linux/curl_url_session.h"
+#include "platform/linux/desktop_notification_center.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/ini_user_defaults.h"
 #include "platform/linux/linux_host_info.h"
@@ -61,6 +63,8 @@ public:
     [[nodiscard]] InformationDictionary& information() { return information_; }
     [[nodiscard]] LoginItem& loginItem() { return loginItem_; }
     [[nodiscard]] PowerOffNotifications& powerOff() { return powerOff_; }
+    [[nodiscard]] DesktopNotificationCenter& userNotifications() { return userNotifications_; }
+    [[nodiscard]] PeripheralManagers& peripheralManagers() { return peripheralManagers_; }
     [[nodiscard]] HostInfo& info() { return info_; }
 
 private:
@@ -79,6 +83,8 @@ private:
     BundleInformation information_;
     XdgLoginItem loginItem_;
     PowerOff powerOff_;
+    DesktopNotificationCenter userNotifications_;
+    BluezPeripheralManagers peripheralManagers_;
     bool isShutDown_ = false;
 };
 

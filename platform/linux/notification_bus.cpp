@@ -69,8 +69,9 @@ QVariantList notifyArguments(const Post& command) {
         hints[QStringLiteral("suppress-sound")] = true;
     }
     const auto reading = command.capabilities.bodyMarkup ? BodyReading::markup : BodyReading::literal;
-    // What can be answered stays until it is over; what only tells leaves the screen as the desktop has it.
-    const int time = content.categoryIdentifier.empty() ? daemonsOwnTime : staysOnScreen;
+    // What can be answered stays until it is over: on the screen, unless there is a list that it can leave it for.
+    const bool mayLeave = command.capabilities.persistence || isNotice(command.request);
+    const int time = mayLeave ? daemonsOwnTime : staysOnScreen;
     return {QStringLiteral("ZelkoVanta"),
             command.replaces,
             QStringLiteral("com.zelkovanta.Desktop"),
@@ -159,6 +160,7 @@ void NotificationBus::askCapabilities(const std::string& daemon) {
              listener_(CapabilitiesKnown{.daemon = daemon,
                                          .capabilities = {.actions = names.contains(QStringLiteral("actions")),
                                                           .bodyMarkup = names.contains(QStringLiteral("body-markup")),
+                                                          .persistence = names.contains(QStringLiteral("persistence")),
                                                           .sound = names.contains(QStringLiteral("sound"))}});
          });
 }

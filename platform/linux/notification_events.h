@@ -22,11 +22,17 @@ using CompletionNumber = std::uint64_t;
 
 using SharedRequest = std::shared_ptr<const NotificationRequest>;
 
+/// Without buttons it tells what has happened, and nothing is still due of it.
+[[nodiscard]] inline bool isNotice(const SharedRequest& request) {
+    return request->content.categoryIdentifier.empty();
+}
+
 /// What a daemon says it can do, as far as it changes what it is sent.
 struct Capabilities {
     bool actions = false;
     bool bodyMarkup = false;
-    bool sound = false;  ///< plays sounds by itself
+    bool persistence = false;  ///< keeps what has left the screen in a list
+    bool sound = false;        ///< plays sounds by itself
     bool operator==(const Capabilities&) const = default;
 };
 

@@ -30,8 +30,9 @@ public:
 
     void keepNow() {
         if (source_) {
-            writeText(++numbers_, text());
+            takeText();
         }
+        writeText(number_, text_);
     }
 
     void stop() { source_ = nullptr; }
@@ -39,14 +40,18 @@ public:
     const std::filesystem::path file_;
 
 private:
-    std::string text() { return notificationFileText(std::exchange(source_, nullptr)()); }
+    void takeText() {
+        text_ = notificationFileText(std::exchange(source_, nullptr)());
+        ++number_;
+    }
 
     void write() {
         if (!source_) {
             isUnderWay_ = false;
             return;
         }
-        asio::post(files_, [self = shared_from_this(), number = ++numbers_, text = text()] {
+        takeText();
+        asio::post(files_, [self = shared_from_this(), number = number_, text = text_] {
             self->writeText(number, text);
             asio::post(self->main_, [self] { self->write(); });
         });
@@ -54,7 +59,7 @@ private:
 
     void writeText(std::uint64_t number, const std::string& text) {
         const std::scoped_lock lock(mutex_);
-        // The last word may have been written past the queue.
+        // The last one may have been written past the queue.
         if (number > written_) {
             written_ = number;
             static_cast<void>(writeFileAtomically(file_, text));
@@ -65,7 +70,8 @@ private:
     Executor files_;
     Source source_;  ///< set while something is to be written
     bool isUnderWay_ = false;
-    std::uint64_t numbers_ = 0;
+    std::string text_;
+    std::uint64_t number_ = 0;  ///< of the text
 
     std::mutex mutex_;
     std::uint64_t written_ = 0;

@@ -15,11 +15,6 @@ constexpr std::size_t mostClosedUnknown = 256;
 constexpr std::size_t mostLostDaemons = 3;
 constexpr std::uint32_t expired = 1;
 
-/// Without buttons it tells what has happened, and nothing is still due of it.
-bool isNotice(const SharedRequest& request) {
-    return request->content.categoryIdentifier.empty();
-}
-
 SharedRequest requestOf(const Kept& kept) {
     NotificationRequest request;
     request.identifier = kept.identifier;
@@ -474,46 +469,6 @@ Commands NotificationLedger::handle(Event event, SteadyTime now) {
     Handler handler(*this, now);
     std::visit(handler, event);
     return std::move(handler.commands);
-}
-
-NotificationRequests NotificationLedger::pending() const {
-    NotificationRequests requests;
-    for (const auto& [identifier, entry] : entries_) {
-        if (entry.request && entry.shownRevision != entry.revision) {
-            requests.push_back(entry.request);
-        }
-    }
-    return requests;
-}
-
-NotificationRequests NotificationLedger::delivered() const {
-    NotificationRequests requests;
-    requests.reserve(entries_.size());
-    for (const auto& [identifier, entry] : entries_) {
-        if (entry.request && entry.live && entry.shownRevision == entry.revision) {
-            requests.push_back(entry.request);
-        }
-    }
-    return requests;
-}
-
-KeptNotifications NotificationLedger::kept() const {
-    KeptNotifications kept{.bus = bus_, .daemon = daemon_, .notifications = {}};
-    for (const auto& [id, live] : live_) {
-        if (isNotice(live.request)) {
-            continue;
-        }
-        kept.notifications.push_back({.id = id,
-                                      .identifier = live.identifier,
-                                      .categoryIdentifier = live.request->content.categoryIdentifier,
-                                      .userInfo = live.request->content.userInfo});
-    }
-    std::ranges::sort(kept.notifications, {}, &Kept::id);
-    return kept;
-}
-
-std::optional<SteadyTime> NotificationLedger::nextDue() const {
-    return due_.empty() ? std::nullopt : std::optional{due_.begin()->first};
 }
 
 }  // namespace zelkovanta::platform::linux_host

@@ -319,6 +319,7 @@ private:
             toProgram_.push_back(CapabilitiesKnown{name_,
                                                    {.actions = std::ranges::count(names, "actions") > 0,
                                                     .bodyMarkup = std::ranges::count(names, "body-markup") > 0,
+                                                    .persistence = std::ranges::count(names, "persistence") > 0,
                                                     .sound = std::ranges::count(names, "sound") > 0}});
         }
     }

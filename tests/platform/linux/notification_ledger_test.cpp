@@ -128,7 +128,7 @@ TEST_F(NotificationLedgerTest, aSoundIsPlayedOnceAndOnlyWhereOneIsAskedFor) {
 }
 
 TEST_F(NotificationLedgerTest, theSoundForMessagesIsTheDaemonsWhereItHasOne) {
-    ready({.actions = true, .bodyMarkup = false, .sound = true});
+    ready({.actions = true, .bodyMarkup = false, .persistence = false, .sound = true});
     EXPECT_THAT(told(Add{request("a", DefaultSound{}), {}, 1}), ElementsAre("post a to :1.5 in call 1 with sound"));
     EXPECT_THAT(told(PostAnswered{1, 7}), ElementsAre("keep", "complete 1"));
     static_cast<void>(told(CapabilitiesKnown{":1.5", {}}));
@@ -144,8 +144,9 @@ TEST_F(NotificationLedgerTest, aRestartedDaemonShowsWhatIsDueOnceAndInSilence) {
     static_cast<void>(told(PostAnswered{2, 2}));
     EXPECT_THAT(told(DaemonChanged{":1.9"}), ElementsAre("keep", "ask :1.9 what it can do"));
     EXPECT_THAT(identifiers(book.pending()), ElementsAre("a", "b"));
-    EXPECT_THAT(told(CapabilitiesKnown{":1.9", {.actions = true, .bodyMarkup = false, .sound = true}}),
-                ElementsAre("post b to :1.9 in call 3", "post a to :1.9 in call 4"));
+    EXPECT_THAT(
+        told(CapabilitiesKnown{":1.9", {.actions = true, .bodyMarkup = false, .persistence = false, .sound = true}}),
+        ElementsAre("post b to :1.9 in call 3", "post a to :1.9 in call 4"));
     EXPECT_THAT(told(PostAnswered{3, 1}), ElementsAre("keep"));
     EXPECT_THAT(told(PostAnswered{4, 2}), ElementsAre("keep"));
     EXPECT_THAT(told(RemoveDelivered{{"a"}}), ElementsAre("withdraw 2 from :1.9", "keep"));
