@@ -5,19 +5,6 @@
 /// What the store calls and this program does not have yet. Each does nothing, and says nothing that is not so.
 namespace zelkovanta::app {
 
-/// Nothing is posted to the desktop.
-class NoNotifications final : public store::DesktopNotifications {
-public:
-    void setActionHandler(ActionHandler) override {}
-    void registerCategories() override {}
-    bool permissionRequested() const override { return false; }
-    void setPermissionRequested() override {}
-    platform::Awaitable<void> requestPermission() override { co_return; }
-    void notifyNewSignal(const store::StoreState&, const records::Signal&) override {}
-    void notifySignalUpdate(const store::StoreState&, const records::Signal&, const records::Signal*) override {}
-    void reconcile(std::span<const std::string_view>, std::optional<std::string_view>) override {}
-};
-
 /// Without crash reports no note can get into one.
 class NoNoteRegistry final : public store::NoteRegistry {
 public:
@@ -42,12 +29,6 @@ public:
 class NoUpdateService final : public store::UpdateService {
 public:
     void announce(const records::DesktopRelease&) override {}
-};
-
-/// Nothing is advertised, so there is nothing to stop.
-class NoRoomBeacon final : public store::RoomBeacon {
-public:
-    void stop() override {}
 };
 
 }  // namespace zelkovanta::app

@@ -2,6 +2,8 @@
 
 #include "records/url.h"
 
+#include <string>
+
 #include <QCoreApplication>
 #include <QString>
 
@@ -25,16 +27,24 @@ Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
     : host_(settings),
       keyStore_(host_.keyStore(), settings.profile),
       strings_(settings.resources, settings.environment),
+      notifications_(alerts::NotificationService::start({.main = host_.mainThread().executor(),
+                                                         .center = host_.userNotifications(),
+                                                         .random = host_.random(),
+                                                         .strings = strings_})),
+      beacon_(alerts::BeaconAdvertiser::make(host_.peripheralManagers())),
       store_(startStore()) {
     QCoreApplication::installTranslator(&translator_);
     page_ = std::make_unique<screens::qml::PageModel>(store_, host_.mainThread().executor(), host_.clock(), strings_);
     mainWindow_.setPage(*page_);
+    host_.userNotifications().setRaiseHandler(
+        [this](const std::string& token) { bringForward(QString::fromStdString(token)); });
     busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(busName), host_.sessionBusThread(),
                                                  host_.mainThread().executor(),
                                                  [this](const QString& token) { bringForward(token); });
 }
 
 Wiring::~Wiring() {
+    host_.userNotifications().setRaiseHandler({});
     busPresence_.reset();
     mainWindow_.close();
     page_.reset();
@@ -59,11 +69,11 @@ std::shared_ptr<store::AppStore> Wiring::startStore() {
                                    .notificationCenter = notificationCenter_,
                                    .strings = strings_,
                                    .defaultServerURL = defaultServerURL()},
-                                  {.notifications = notifications_,
+                                  {.notifications = *notifications_,
                                    .notes = notes_,
                                    .crash = crash_,
                                    .updates = updates_,
-                                   .beacon = beacon_,
+                                   .beacon = *beacon_,
                                    .mainWindow = mainWindow_});
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "alerts/beacon_advertiser.h"
+#include "alerts/notification_service.h"
 #include "app/bus_presence.h"
 #include "app/later_services.h"
 #include "app/main_window.h"
@@ -42,11 +44,11 @@ private:
     platform::linux_host::GettextStringTable strings_;
     screens::qml::StringTableTranslator translator_{strings_};
 
-    NoNotifications notifications_;
+    std::shared_ptr<alerts::NotificationService> notifications_;
+    std::shared_ptr<alerts::BeaconAdvertiser> beacon_;
     NoNoteRegistry notes_;
     NoCrashSession crash_;
     NoUpdateService updates_;
-    NoRoomBeacon beacon_;
     MainWindow mainWindow_;
 
     std::shared_ptr<store::AppStore> store_;
