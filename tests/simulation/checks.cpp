@@ -3,6 +3,7 @@
 #include "store/queues.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ranges>
 
 namespace zelkovanta::simulation {
@@ -190,6 +191,12 @@ Complaint brokenStation(const store::StoreState& state, const StationView& view,
         return "counts a queue for nobody";
     }
     return std::nullopt;
+}
+
+bool isSignInOfAnotherBoot(const store::StoreState& state, double bootTime) {
+    constexpr double tolerance = 5;
+    const bool isSignedIn = state.device && state.device->signedInMemberId && !state.device->memberId;
+    return isSignedIn && std::abs(state.settings.stationSignIn.bootTime - bootTime) > tolerance;
 }
 
 Complaint brokenInvariant(const Computer& computer, const store::StoreChanges& changes, const office::State& office) {

@@ -27,6 +27,10 @@ struct StationView {
 /// What does not hold of a station: whoever is signed in, and the room that counts as theirs.
 [[nodiscard]] Complaint brokenStation(const store::StoreState& state, const StationView& view, Logins logins);
 
+/// Whether somebody is shown as signed in for whom this is another start of the machine than the one of the sign-in.
+/// The next snapshot ends such a sign-in, so it may be shown until then: a clock that is set takes the start along.
+[[nodiscard]] bool isSignInOfAnotherBoot(const store::StoreState& state, double bootTime);
+
 /// The store's own invariants, and that nothing poisoned and nothing of another office is in it. Only the parts that
 /// changed are looked at.
 [[nodiscard]] Complaint brokenInvariant(const Computer& computer, const store::StoreChanges& changes,

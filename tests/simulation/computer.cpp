@@ -3,6 +3,7 @@
 #include "store/queues.h"
 #include "store/settings.h"
 
+#include <chrono>
 #include <utility>
 
 namespace zelkovanta::simulation {
@@ -223,7 +224,9 @@ void Computer::setKeyStoreLocked(bool locked) {
 }
 
 void Computer::setWallOffset(platform::Duration offset) {
-    wallOffset_ = std::chrono::duration_cast<std::chrono::microseconds>(offset);
+    const auto before = std::exchange(wallOffset_, std::chrono::duration_cast<std::chrono::microseconds>(offset));
+    // The kernel counts the moment of its start back from the time of day.
+    hostInfo_.boot += std::chrono::duration<double>(wallOffset_ - before).count();
     if (process_) {
         process_->clock().setWallOffset(wallOffset_);
     }

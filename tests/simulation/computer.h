@@ -131,7 +131,9 @@ public:
     void logOutAndIn();
     void setKeyStoreLocked(bool locked);
     [[nodiscard]] bool isKeyStoreLocked() const { return isKeyStoreLocked_; }
+    /// Sets the time of day this far from the simulation's.
     void setWallOffset(platform::Duration offset);
+    [[nodiscard]] double bootTime() const { return hostInfo_.boot; }
 
     // The person in the notification centre. Nothing happens where there is no such notification.
     void pressNotification(const std::string& identifier, std::string_view actionIdentifier);

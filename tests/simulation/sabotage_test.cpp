@@ -243,6 +243,25 @@ TEST(Sabotage, aSignInThatOutlivesItsLoginIsFound) {
     EXPECT_THAT(firstComplaint(sabotage), HasSubstr("a sign-in that was made in another login"));
 }
 
+TEST(Sabotage, aSignInThatOutlivesTheSettingOfTheClockIsFound) {
+    class SameStart final : public platform::HostInfo {
+    public:
+        explicit SameStart(platform::HostInfo& host) : host_(host), start_(host.bootTime()) {}
+        std::string localizedName() const override { return host_.localizedName(); }
+        std::string hardwareModel() const override { return host_.hardwareModel(); }
+        std::string localeIdentifier() const override { return host_.localeIdentifier(); }
+        double bootTime() const override { return start_; }
+        std::string auditSessionId() const override { return host_.auditSessionId(); }
+
+    private:
+        platform::HostInfo& host_;
+        double start_;
+    };
+    Sabotage sabotage;
+    sabotage.hostInfo = [](platform::HostInfo& host) { return std::make_unique<SameStart>(host); };
+    EXPECT_THAT(firstComplaint(sabotage), HasSubstr("a sign-in from before its clock was set"));
+}
+
 /// A notification centre between the alerts and the real one.
 class MeddledCenter : public platform::UserNotificationCenter {
 public:

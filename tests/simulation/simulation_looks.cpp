@@ -143,6 +143,9 @@ void Simulation::lookAtEverything() {
         if (complaint) {
             verdict_.fail(loop_.now(), computer->number(), "differs from the office after a snapshot: " + *complaint);
         }
+        if (isSignInOfAnotherBoot(state, computer->bootTime())) {
+            verdict_.fail(loop_.now(), computer->number(), "shows a sign-in from before its clock was set");
+        }
     }
 }
 
