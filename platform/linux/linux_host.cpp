@@ -49,7 +49,8 @@ LinuxHost::LinuxHost(const Settings& settings)
       userNotifications_(
           {.file = settings.roots.state / "zelkovanta" / "notifications.json", .sounds = settings.resources / "sounds"},
           clock_, mainThread_.executor(), buses_.session(), network_.makeWorkerQueue()),
-      peripheralManagers_(mainThread_.executor(), buses_.system()) {
+      peripheralManagers_(mainThread_.executor(), buses_.system()),
+      appearance_(mainThread_.executor(), buses_.session()) {
     // Where nothing else tells this login from another, the bus is asked before anybody wants to know.
     static_cast<void>(info_.auditSessionId());
 }
@@ -63,6 +64,7 @@ void LinuxHost::shutDown() {
         return;
     }
     powerOff_.stop();
+    appearance_.stop();
     userNotifications_.end();
     keyStore_.finishChanges(1s);
     urlLoading_.cancelAll();

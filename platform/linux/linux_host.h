@@ -12,6 +12,7 @@
 #include "platform/linux/linux_host_info.h"
 #include "platform/linux/network_thread.h"
 #include "platform/linux/os_random.h"
+#include "platform/linux/portal_appearance.h"
 #include "platform/linux/power_off.h"
 #include "platform/linux/profile.h"
 #include "platform/linux/qt_main_thread.h"
@@ -65,6 +66,7 @@ public:
     [[nodiscard]] PowerOffNotifications& powerOff() { return powerOff_; }
     [[nodiscard]] DesktopNotificationCenter& userNotifications() { return userNotifications_; }
     [[nodiscard]] PeripheralManagers& peripheralManagers() { return peripheralManagers_; }
+    [[nodiscard]] Appearance& appearance() { return appearance_; }
     [[nodiscard]] HostInfo& info() { return info_; }
 
 private:
@@ -85,6 +87,7 @@ private:
     PowerOff powerOff_;
     DesktopNotificationCenter userNotifications_;
     BluezPeripheralManagers peripheralManagers_;
+    PortalAppearance appearance_;
     bool isShutDown_ = false;
 };
 
