@@ -66,14 +66,14 @@ public:
         keeper_.keepNow();
         completions_.clear();
         queries_.clear();
-        delegate_.reset();
-        raise_ = nullptr;
+        delegate.reset();
+        raise = nullptr;
     }
 
     void add(NotificationRequest request, Completion<> completion) {
-        const auto delegate = delegate_.lock();
-        if (delegate && isInFront()) {
-            const PresentationOptions options = delegate->willPresent(request);
+        const auto receiver = delegate.lock();
+        if (receiver && isInFront()) {
+            const PresentationOptions options = receiver->willPresent(request);
             if (!options.banner && !options.list) {
                 later(std::move(completion));
                 return;
@@ -83,8 +83,8 @@ public:
             }
         }
         const auto category =
-            std::ranges::find(categories_, request.content.categoryIdentifier, &NotificationCategory::identifier);
-        auto actions = category == categories_.end() ? std::vector<NotificationAction>{} : category->actions;
+            std::ranges::find(categories, request.content.categoryIdentifier, &NotificationCategory::identifier);
+        auto actions = category == categories.end() ? std::vector<NotificationAction>{} : category->actions;
         const CompletionNumber number = ++completionNumbers_;
         completions_.emplace(number, std::move(completion));
         handle(Add{.request = std::move(request), .actions = std::move(actions), .completion = number});
@@ -114,9 +114,9 @@ public:
         });
     }
 
-    std::weak_ptr<UserNotificationCenterDelegate> delegate_;
-    std::vector<NotificationCategory> categories_;
-    RaiseHandler raise_;
+    std::weak_ptr<UserNotificationCenterDelegate> delegate;
+    std::vector<NotificationCategory> categories;
+    RaiseHandler raise;
 
 private:
     struct Query {
@@ -151,9 +151,9 @@ private:
         NotificationResponse response{.actionIdentifier = std::move(command.action), .request = command.request};
         asio::post(main_, [weak = weak_from_this(), response = std::move(response)]() mutable {
             const auto self = weak.lock();
-            if (const auto delegate = self && !self->isEnded_ ? self->delegate_.lock() : nullptr) {
+            if (const auto receiver = self && !self->isEnded_ ? self->delegate.lock() : nullptr) {
                 // Nothing ends a process here while somebody is at work, so there is nobody to tell.
-                delegate->didReceive(std::move(response), [] {});
+                receiver->didReceive(std::move(response), [] {});
             }
         });
     }
@@ -161,9 +161,9 @@ private:
     void perform(Raise& command) {
         asio::post(main_, [weak = weak_from_this(), token = std::move(command.token)] {
             const auto self = weak.lock();
-            if (self && !self->isEnded_ && self->raise_) {
-                const auto raise = self->raise_;
-                raise(token);
+            if (self && !self->isEnded_ && self->raise) {
+                const auto handler = self->raise;
+                handler(token);
             }
         });
     }
@@ -223,15 +223,15 @@ void DesktopNotificationCenter::end() {
 }
 
 void DesktopNotificationCenter::setRaiseHandler(RaiseHandler handler) {
-    state_->raise_ = std::move(handler);
+    state_->raise = std::move(handler);
 }
 
 void DesktopNotificationCenter::setDelegate(std::weak_ptr<UserNotificationCenterDelegate> delegate) {
-    state_->delegate_ = std::move(delegate);
+    state_->delegate = std::move(delegate);
 }
 
 void DesktopNotificationCenter::setNotificationCategories(std::vector<NotificationCategory> categories) {
-    state_->categories_ = std::move(categories);
+    state_->categories = std::move(categories);
 }
 
 void DesktopNotificationCenter::requestAuthorization(AuthorizationOptions, Completion<Authorization> completion) {

@@ -14,8 +14,8 @@ namespace asio = boost::asio;
 
 class NotificationKeeper::Writing : public std::enable_shared_from_this<Writing> {
 public:
-    Writing(std::filesystem::path file, Executor main, Executor files)
-        : file_(std::move(file)), main_(std::move(main)), files_(std::move(files)) {}
+    Writing(std::filesystem::path target, Executor main, Executor files)
+        : file(std::move(target)), main_(std::move(main)), files_(std::move(files)) {}
 
     void keep(Source source) {
         source_ = std::move(source);
@@ -37,7 +37,7 @@ public:
 
     void stop() { source_ = nullptr; }
 
-    const std::filesystem::path file_;
+    const std::filesystem::path file;
 
 private:
     void takeText() {
@@ -62,7 +62,7 @@ private:
         // The last one may have been written past the queue.
         if (number > written_) {
             written_ = number;
-            static_cast<void>(writeFileAtomically(file_, text));
+            static_cast<void>(writeFileAtomically(file, text));
         }
     }
 
@@ -85,7 +85,7 @@ NotificationKeeper::~NotificationKeeper() {
 }
 
 ledger::KeptNotifications NotificationKeeper::read() const {
-    const auto text = readFile(writing_->file_, longestNotificationFile);
+    const auto text = readFile(writing_->file, longestNotificationFile);
     return text ? readNotificationFile(*text) : ledger::KeptNotifications{};
 }
 

@@ -56,13 +56,11 @@ void SoundPlayer::begin(const std::string& name, std::size_t player) {
     };
     QObject::connect(process, &QProcess::finished, process, [ended = ended](int code, QProcess::ExitStatus status) {
         // One that was ended from outside may have been heard.
-        const auto handler = ended;
-        handler(status == QProcess::CrashExit || code == 0);
+        ended(status == QProcess::CrashExit || code == 0);
     });
     QObject::connect(process, &QProcess::errorOccurred, process, [ended = ended](QProcess::ProcessError error) {
-        const auto handler = ended;
         if (error == QProcess::FailedToStart) {
-            handler(false);
+            ended(false);
         }
     });
     process->setStandardInputFile(QProcess::nullDevice());

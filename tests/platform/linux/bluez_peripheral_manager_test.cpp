@@ -59,7 +59,7 @@ public:
 
     void power(bool isOn) {
         isPowered = isOn;
-        auto signal = QDBusMessage::createSignal(adapter, QStringLiteral("org.freedesktop.DBus.Properties"),
+        auto signal = QDBusMessage::createSignal(adapter_, QStringLiteral("org.freedesktop.DBus.Properties"),
                                                  QStringLiteral("PropertiesChanged"));
         signal.setArguments({bluezAdapter, QVariantMap{{QStringLiteral("Powered"), isOn}}, QStringList{}});
         bus_.send(signal);
@@ -78,7 +78,7 @@ public:
             bus_.send(isForbidden ? message.createErrorReply(QDBusError::AccessDenied, QStringLiteral("no"))
                                   : message.createReply(QVariant::fromValue(objects())));
         } else if (method == QStringLiteral("RegisterAdvertisement")) {
-            EXPECT_EQ(message.path(), adapter);
+            EXPECT_EQ(message.path(), adapter_);
             ++registrations;
             readAdvertisement(message);
         } else if (method == QStringLiteral("UnregisterAdvertisement")) {
@@ -92,7 +92,7 @@ public:
     }
 
 private:
-    const QString adapter = QStringLiteral("/org/bluez/hci0");
+    const QString adapter_ = QStringLiteral("/org/bluez/hci0");
 
     [[nodiscard]] BluezObjects objects() const {
         BluezInterfaces interfaces{{bluezAdapter, {{QStringLiteral("Powered"), isPowered}}}};
@@ -100,7 +100,7 @@ private:
             interfaces[bluezAdvertising] = {{QStringLiteral("ActiveInstances"), QVariant::fromValue(uchar{0})}};
         }
         return {{QDBusObjectPath(QStringLiteral("/org/bluez")), {{QStringLiteral("org.bluez.AgentManager1"), {}}}},
-                {QDBusObjectPath(adapter), interfaces}};
+                {QDBusObjectPath(adapter_), interfaces}};
     }
 
     void readAdvertisement(const QDBusMessage& message) {
@@ -131,7 +131,7 @@ private:
 struct BluezTest : testing::Test {
     struct Delegate final : PeripheralManagerDelegate {
         std::vector<PeripheralManagerState> states;
-        void peripheralManagerDidUpdateState(PeripheralManager& manager) override { states.push_back(manager.state()); }
+        void peripheralManagerDidUpdateState(PeripheralManager& teller) override { states.push_back(teller.state()); }
     };
 
     int count = 0;
