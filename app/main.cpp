@@ -1,6 +1,7 @@
 #include "app/single_instance.h"
 #include "app/wiring.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,8 @@ using zelkovanta::platform::linux_host::LinuxHost;
 
 constexpr auto applicationId = "com.zelkovanta.Desktop";
 constexpr int wrongUse = 2;
+/// Even a bus that is only being started answers sooner.
+constexpr std::chrono::seconds busLimit{1};
 
 /// Pictures are drawn without a graphics driver in the process, and only when something changes: half the memory and a
 /// tenth of the idle time. Whoever sets Qt's own variables has it their way.
@@ -63,6 +66,8 @@ int main(int argc, char** argv) {
     std::signal(SIGINT, [](int) { static_cast<void>(std::raise(SIGTERM)); });
 
     chooseRendering();
+    zelkovanta::platform::linux_host::leaveSilentSessionBusAlone(zelkovanta::platform::linux_host::processEnvironment(),
+                                                                 busLimit);
     const QString activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
     QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));

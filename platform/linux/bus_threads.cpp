@@ -43,8 +43,10 @@ std::optional<std::string> sessionAddress(const Environment& environment) {
                : std::nullopt;
 }
 
-/// Returns once something has come back from this address, or `stop`.
-void waitUntilItAnswers(const std::string& address, const std::stop_token& stop) {
+/// Returns once something has come back from this address, `stop`, or after `limit`; gives whether something has.
+bool waitUntilItAnswers(const std::string& address, const std::stop_token& stop,
+                        std::chrono::milliseconds limit = std::chrono::milliseconds::max()) {
+    bool hasAnswered = true;
     const QString name = QUuid::createUuid().toString();
     // As a peer, since as a bus the library would wait for the greeting's answer.
     const QDBusConnection peer = QDBusConnection::connectToPeer(QString::fromStdString(address), name);
@@ -57,21 +59,32 @@ void waitUntilItAnswers(const std::string& address, const std::stop_token& stop)
         std::condition_variable_any never;
         std::unique_lock lock(mutex);
         // Nobody tells of the answer without an event loop.
-        for (auto pause = 1ms; !answer.isFinished() && !stop.stop_requested(); pause = std::min(pause * 2, 100ms)) {
+        for (auto pause = 1ms; !answer.isFinished() && !stop.stop_requested() && limit > 0ms;
+             limit -= pause, pause = std::min(pause * 2, 100ms)) {
             never.wait_for(lock, stop, pause, [] { return false; });
         }
+        hasAnswered = answer.isFinished();
     }
     QDBusConnection::disconnectFromPeer(name);
+    return hasAnswered;
 }
 
 }  // namespace
+
+void leaveSilentSessionBusAlone(const Environment& environment, std::chrono::milliseconds limit) {
+    const auto address = sessionAddress(environment);
+    if (address && !waitUntilItAnswers(*address, std::stop_token{}, limit)) {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    }
+}
 
 class BusThreads::Bus {
 public:
     explicit Bus(const std::optional<std::string>& address) {
         if (address) {
-            asio::post(thread_,
-                       [address = *address, stop = stopping_.get_token()] { waitUntilItAnswers(address, stop); });
+            asio::post(thread_, [address = *address, stop = stopping_.get_token()] {
+                static_cast<void>(waitUntilItAnswers(address, stop));
+            });
         }
     }
     ~Bus() { stop(); }

@@ -3,10 +3,16 @@
 #include "platform/async.h"
 #include "platform/linux/environment.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 
 namespace zelkovanta::platform::linux_host {
+
+/// Lets this process go without its session bus, as if there were none, if the bus has neither answered nor refused
+/// within `limit`. The toolkit connects to it on the main thread by itself, and would never return. To be called before
+/// anything that might; waits.
+void leaveSilentSessionBusAlone(const Environment& environment, std::chrono::milliseconds limit);
 
 /// Where the desktop's buses are connected to: a thread for each, whose work begins once its bus has answered, or has
 /// refused.

@@ -98,6 +98,24 @@ TEST_F(BusThreadsTest, aBusThatRefusesLateIsWaitedForUntilThen) {
     EXPECT_TRUE(isReached(held, 30s));
 }
 
+TEST(SilentSessionBusTest, aProcessGoesWithoutABusThatStaysSilentAndKeepsOneThatAnswersOrRefuses) {
+    const QByteArray own = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    ASSERT_FALSE(own.isEmpty());
+    leaveSilentSessionBusAlone(processEnvironment(), 30s);
+    EXPECT_EQ(qgetenv("DBUS_SESSION_BUS_ADDRESS"), own);
+    const auto at = [](std::string address) -> Environment {
+        return [address](const std::string&) { return std::optional{address}; };
+    };
+    leaveSilentSessionBusAlone(at("unix:path=/nonexistent/bus"), 30s);
+    EXPECT_EQ(qgetenv("DBUS_SESSION_BUS_ADDRESS"), own);
+    ScriptedServer silent([](ScriptedConnection& connection) { connection.waitForClose(); });
+    const auto start = std::chrono::steady_clock::now();
+    leaveSilentSessionBusAlone(at(addressOf(silent)), 200ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    EXPECT_EQ(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "disabled:");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", own);
+}
+
 TEST_F(BusThreadsTest, theSessionBusIsAskedForItsIdWithoutWaiting) {
     begin();
     const SessionBusId id(threads->session());
