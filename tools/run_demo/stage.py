@@ -123,6 +123,13 @@ class Stage:
                                                "--components=secrets"], self.environment, stdin=password)
         self.processes.until("the key store begins", lambda: self.bus_has("org.freedesktop.secrets"))
 
+    def lock_key_store(self):
+        """As it is after a login without a password."""
+        subprocess.run(
+            ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.secrets", "/org/freedesktop/secrets",
+             "org.freedesktop.Secret.Service.Lock", "array:objpath:/org/freedesktop/secrets/collection/login"],
+            env=self.environment, check=True, timeout=10, capture_output=True)
+
     def _start_screen(self, size, *options):
         """A display that nobody sees."""
         reading, writing = os.pipe()
@@ -156,10 +163,10 @@ class Stage:
                              self.environment)
         self.processes.until("the accessibility bus begins", lambda: self.bus_has("org.a11y.Bus"))
 
-    def start_office(self):
+    def start_office(self, port=PORT):
         begun = self.openings()
         self.office = self.processes.start(
-            "office", [self.office_program, "serve", "--database", self.database, "--port", str(PORT), "--sample",
+            "office", [self.office_program, "serve", "--database", self.database, "--port", str(port), "--sample",
                        PRACTICE], self.environment)
         self.processes.until("the office listens", lambda: self.openings() > begun)
 
