@@ -1,5 +1,7 @@
 #include "screens/wait_time.h"
 
+#include "screens/theme/palette.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -33,6 +35,19 @@ std::string waitTimeText(std::optional<platform::WallTime> since, platform::Wall
 
 bool isLongWait(std::optional<platform::WallTime> since, platform::WallTime now) {
     return waited(since, now) >= longWait;
+}
+
+platform::Duration untilNextTick(platform::SteadyTime appeared, platform::SteadyTime now) {
+    return seconds{1} - (now - appeared) % seconds{1};
+}
+
+std::string WaitTimerText::textAt(platform::WallTime now) {
+    isLong_ = isLong_ || isLongWait(since_, now);
+    return waitTimeText(since_, now);
+}
+
+theme::ColorPair WaitTimerText::color() const {
+    return isLong_ ? theme::redText : theme::textSecondary;
 }
 
 }  // namespace zelkovanta::screens

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/clock.h"
+#include "screens/theme/color.h"
 
 #include <optional>
 #include <string>
@@ -13,5 +14,25 @@ namespace zelkovanta::screens {
 
 /// From five minutes on a wait is drawn as a warning.
 [[nodiscard]] bool isLongWait(std::optional<platform::WallTime> since, platform::WallTime now);
+
+/// How long until a timer that appeared at `appeared` is to be drawn again: it ticks each whole second from then.
+[[nodiscard]] platform::Duration untilNextTick(platform::SteadyTime appeared, platform::SteadyTime now);
+
+/// The running timer of one row. It remembers that it became a warning: a clock that is set back does not undo that.
+class WaitTimerText {
+public:
+    explicit WaitTimerText(std::optional<platform::WallTime> since) : since_(since) {}
+
+    [[nodiscard]] const std::optional<platform::WallTime>& since() const { return since_; }
+    /// To be asked at each redraw.
+    [[nodiscard]] std::string textAt(platform::WallTime now);
+    /// As of the last redraw.
+    [[nodiscard]] bool isLong() const { return isLong_; }
+    [[nodiscard]] theme::ColorPair color() const;
+
+private:
+    std::optional<platform::WallTime> since_;
+    bool isLong_ = false;
+};
 
 }  // namespace zelkovanta::screens
