@@ -30,7 +30,7 @@ std::string_view sentence(TransportCause cause) {
         case TransportCause::nameNotFound:
             return textKey("The server's name can't be found. Check the server address.");
         case TransportCause::refused:
-            return textKey("Nothing answers at the server's address. The server may be down for a moment.");
+            return textKey("The server isn't answering. It may be down for a moment.");
         case TransportCause::timedOut:
             return textKey("The server took too long to answer.");
         case TransportCause::certificateRefused:
@@ -38,13 +38,13 @@ std::string_view sentence(TransportCause cause) {
         case TransportCause::proxyFailed:
             return textKey("The network's proxy didn't let the connection through.");
         case TransportCause::interrupted:
-            return textKey("The connection to the server broke off.");
+            return textKey("The connection to the server was lost.");
         case TransportCause::tooLarge:
             return textKey("The server's answer is too large.");
         case TransportCause::badServerResponse:
-            return textKey("What answers at the server's address isn't the server.");
+            return textKey("Something other than the ZelkoVanta server answered. Check the server address.");
         case TransportCause::cancelled:
-            return textKey("The request was given up.");
+            return textKey("The request was canceled.");
     }
     std::unreachable();
 }

@@ -21,7 +21,7 @@ from process_test import TWO_SECONDS, Listener, OnAComputer  # noqa: E402
 from stage import PORT, ROOM  # noqa: E402
 
 OFFICE_PORT = 8788
-CUT_OFF = "The connection to the server broke off."
+CUT_OFF = "The connection to the server was lost."
 
 
 class Wire:

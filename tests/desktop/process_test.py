@@ -276,7 +276,8 @@ class WhereNoOfficeAnswers(OnAComputer):
 
     def test_a_paired_computer_lives_through_garbage(self):
         self.check_connection_then_office(answer_garbage, "No connection. Retrying…",
-                                          "What answers at the server's address isn't the server.")
+                                          "Something other than the ZelkoVanta server answered. "
+                                          "Check the server address.")
 
     def test_a_paired_computer_lives_through_silence(self):
         self.check_connection_then_office(answer_nothing, "Connecting…", "The server took too long to answer.")
