@@ -18,21 +18,20 @@ struct TransferredSecret {
     QByteArray parameters;
     QByteArray value;
     QString contentType;
+
+    friend QDBusArgument& operator<<(QDBusArgument& argument, const TransferredSecret& secret) {
+        argument.beginStructure();
+        argument << secret.session << secret.parameters << secret.value << secret.contentType;
+        argument.endStructure();
+        return argument;
+    }
+    friend const QDBusArgument& operator>>(const QDBusArgument& argument, TransferredSecret& secret) {
+        argument.beginStructure();
+        argument >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
+        argument.endStructure();
+        return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): the form that the library asks for
+    }
 };
-
-QDBusArgument& operator<<(QDBusArgument& argument, const TransferredSecret& secret) {
-    argument.beginStructure();
-    argument << secret.session << secret.parameters << secret.value << secret.contentType;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, TransferredSecret& secret) {
-    argument.beginStructure();
-    argument >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
-    argument.endStructure();
-    return argument;
-}
 
 }  // namespace zelkovanta::platform::linux_host
 
