@@ -2,6 +2,7 @@
 
 import re
 
+from alerts import Alerts
 from stage import PROVIDER, ROOM
 from steps import watch
 from windows import Window, accessibility_bus
@@ -30,6 +31,7 @@ class Road:
         self.sent = self.room.list("Sent")
         self.received = self.provider.list("Received")
         self.send_and_finish()
+        Alerts(self.stage, self.step, room, provider).play()
         self.lose_the_office()
         self.send_once_more()
 

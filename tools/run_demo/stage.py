@@ -1,6 +1,7 @@
 """Where the demo plays: folders, a session bus, a key store, a display, the office and the two computers.
 
-Nothing of the person's own home is read or written: the folders, the bus and the key store are the demo's own.
+Nothing of the person's own home is read or written: the folders, the bus and the key store are the demo's own. Before a
+person's desktop its notifications and its sounds are all that the demo reaches.
 """
 
 import os
@@ -21,7 +22,7 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
   <type>session</type>
-  <listen>unix:path={folder}/bus</listen>
+  <listen>unix:path={path}</listen>
   <auth>EXTERNAL</auth>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
@@ -52,6 +53,7 @@ class Stage:
         self.short = None
         self.office = None
         self.computers = {}
+        self.notifications = None
         self.environment = dict(os.environ)
         self.processes = Processes(os.path.join(folder, "logs"))
         for program in (self.office_program, self.client_program):
@@ -74,6 +76,7 @@ class Stage:
             self.environment["WAYLAND_DISPLAY"] = os.path.join(self.environment["XDG_RUNTIME_DIR"], display)
         if self.environment.get("DISPLAY") and not self.environment.get("XAUTHORITY"):
             self.environment["XAUTHORITY"] = os.path.expanduser("~/.Xauthority")
+        self._keep_sounds()
         self.environment.update(
             HOME=self.folder, XDG_RUNTIME_DIR=runtime,
             XDG_CONFIG_HOME=os.path.join(self.folder, "config"), XDG_DATA_HOME=os.path.join(self.folder, "data"),
@@ -81,7 +84,7 @@ class Stage:
         for name in ("ZELKOVANTA_PROFILE", "ZELKOVANTA_RESOURCES", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"):
             self.environment.pop(name, None)
         try:
-            self._start_bus()
+            self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus("bus")
             if self.has_key_store:
                 self._start_key_store()
         except BaseException:
@@ -94,14 +97,28 @@ class Stage:
         if self.short:
             shutil.rmtree(self.short, ignore_errors=True)
 
-    def _start_bus(self):
-        configuration = os.path.join(self.short, "bus.conf")
+    def _keep_sounds(self):
+        """The sound server's sockets lie in the folder that the demo replaces by its own."""
+        runtime = self.environment.get("XDG_RUNTIME_DIR")
+        if runtime:
+            self.environment.setdefault("PIPEWIRE_RUNTIME_DIR", runtime)
+            self.environment.setdefault("PULSE_SERVER", f"unix:{runtime}/pulse/native")
+
+    def start_bus(self, name):
+        """Its address."""
+        path = os.path.join(self.short, name)
+        configuration = path + ".conf"
         with open(configuration, "w", encoding="utf-8") as file:
-            file.write(BUS_CONFIGURATION.format(folder=self.short))
-        self.processes.start("session-bus", ["dbus-daemon", "--nofork", f"--config-file={configuration}"],
+            file.write(BUS_CONFIGURATION.format(path=path))
+        self.processes.start("session-" + name, ["dbus-daemon", "--nofork", f"--config-file={configuration}"],
                              self.environment)
-        self.processes.until("the session bus begins", lambda: os.path.exists(f"{self.short}/bus"))
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.short}/bus"
+        self.processes.until("the session bus begins", lambda: os.path.exists(path))
+        return f"unix:path={path}"
+
+    def relay_notifications(self, address):
+        """Notifications appear on the desktop that has this bus."""
+        relay = os.path.join(os.path.dirname(os.path.realpath(__file__)), "relay_notifications")
+        self.processes.start("relay", [relay, address], self.environment)
 
     def bus_has(self, name):
         answer = subprocess.run(
@@ -202,11 +219,26 @@ class Stage:
     def arrange_windows(self, *computers):
         """Puts the computers' windows side by side."""
         for place, computer in enumerate(computers):
-            done = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--pid", str(computer.pid)],
-                                  env=self.environment, capture_output=True, text=True, check=True)
-            for window in done.stdout.split():
+            for window in self.windows_of(computer, "--sync"):
                 subprocess.run(["xdotool", "windowmove", "--sync", window, str(40 + 460 * place), "40"],
                                env=self.environment, check=True, timeout=10)
+
+    def windows_of(self, computer, *options):
+        """Those that can be seen."""
+        done = subprocess.run(["xdotool", "search", *options, "--onlyvisible", "--pid", str(computer.pid)],
+                              env=self.environment, capture_output=True, text=True, check=False)
+        return done.stdout.split()
+
+    def close_window(self, computer):
+        """As a person does it, with the keys of the window manager."""
+        for window in self.windows_of(computer):
+            subprocess.run(["xdotool", "windowactivate", "--sync", window, "key", "--clearmodifiers", "alt+F4"],
+                           env=self.environment, check=True, timeout=10)
+
+    def start_again(self, computer):
+        """What a person does who sees no window of it."""
+        subprocess.run([self.client_program], env=dict(self.environment, ZELKOVANTA_PROFILE=computer.name), check=True,
+                       timeout=20)
 
     def take_picture(self, name):
         file = os.path.join(self.folder, "screenshots", name + ".png")
