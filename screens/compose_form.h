@@ -162,7 +162,7 @@ private:
     void saveDefaults(const Sending& sending);
     void dropUnselectable();
     void registerNote();
-    void retireNote();
+    void close();
     void choose(WhoSelection who);
     void tellChange() const;
 
@@ -173,6 +173,7 @@ private:
     std::function<void()> onChange_;
     ComposeChoice choice_;
     bool isShown_ = false;
+    bool isClosed_ = false;   ///< `onClose` was called
     bool isSending_ = false;  ///< from the press on, while the store has not begun yet
     std::shared_ptr<void> observer_;
 };

@@ -95,6 +95,8 @@ public:
                                          std::vector<std::string> providerIds, std::optional<std::string> toDepartment);
     platform::Awaitable<void> actOnSignal(records::Signal signal, std::string action);
     platform::Awaitable<void> setMemberStatus(records::MemberStatus status);
+    /// For a form that opens: an old failure is not shown over a fresh form.
+    void clearLastError();
     /// A press in a desktop notification; it may come before there is anything to act on.
     platform::Awaitable<void> enqueueNotificationAction(DesktopSignalNotificationAction action);
 

@@ -100,6 +100,12 @@ platform::Awaitable<void> AppStore::setMemberStatus(records::MemberStatus status
     });
 }
 
+void AppStore::clearLastError() {
+    if (state_.lastError) {
+        setLastError(std::nullopt);
+    }
+}
+
 platform::Awaitable<void> AppStore::enqueueNotificationAction(DesktopSignalNotificationAction action) {
     if (std::ranges::find(pendingNotificationActions_, action) == pendingNotificationActions_.end()) {
         pendingNotificationActions_.push_back(std::move(action));
