@@ -104,6 +104,7 @@ void TlsServer::serve(ScriptedConnection& connection) {
         return;
     }
     const Context proxyContext = makeContext({*settings_.proxy});
+    SSL_CTX_set_max_proto_version(proxyContext.get(), settings_.proxysHighestVersion);
     const Connection proxy(SSL_new(proxyContext.get()), &SSL_free);
     SSL_set_fd(proxy.get(), connection.descriptor());
     if (SSL_accept(proxy.get()) != 1) {

@@ -23,6 +23,7 @@ struct TlsServerSettings {
     AfterAnswer afterAnswer = AfterAnswer::keep;
     /// Makes it a proxy that speaks TLS with this certificate, and behind which every tunnel leads to the server.
     std::optional<TestCertificate> proxy{};
+    int proxysHighestVersion = 0;  ///< as `highestVersion`
 };
 
 /// A TLS server on loopback that answers every request with "secret", and counts what its clients let it see.
