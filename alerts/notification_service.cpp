@@ -6,6 +6,7 @@
 #include "platform/task.h"
 #include "platform/uuid.h"
 
+#include <ranges>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -148,16 +149,13 @@ platform::UserNotificationCenter::Completion<platform::NotificationRequests> Not
     Pass pass, Removal removal) {
     return [weak = weak_from_this(), main = ports_.main, pass = std::move(pass),
             removal](platform::NotificationRequests requests) {
-        std::vector<DesktopSignalNotificationIdentity> identities;
-        identities.reserve(requests.size());
-        for (const auto& request : requests) {
-            identities.push_back(identityOf(*request));
-        }
-        asio::post(main, [weak, pass, removal, requests = std::move(requests), identities = std::move(identities)] {
+        asio::post(main, [weak, pass, removal, requests = std::move(requests)] {
             const auto self = weak.lock();
             if (!self || self->reconciliationGeneration_ != pass.generation) {
                 return;
             }
+            const auto identities =
+                std::views::transform(requests, [](const auto& request) { return identityOf(*request); });
             auto stale = staleIdentifiers(identities, pass.active->identifiers, pass.active->memberId);
             if (!stale.empty()) {
                 (self->ports_.center.*removal)(std::move(stale));

@@ -1,10 +1,24 @@
 #include "alerts/signal_notification.h"
 
+#include <bit>
 #include <cstddef>
-#include <unordered_set>
+#include <functional>
 #include <variant>
 
 namespace zelkovanta::alerts {
+
+namespace {
+
+std::size_t hashOf(std::string_view text) {
+    return std::hash<std::string_view>{}(text);
+}
+
+/// The half of the hash that does not say where it lies.
+std::uint32_t markOf(std::size_t hash) {
+    return static_cast<std::uint32_t>(hash >> 32U);
+}
+
+}  // namespace
 
 std::string signalIdentifier(std::string_view signalId) {
     std::string identifier{signalIdentifierPrefix};
@@ -44,21 +58,32 @@ ExpectedIdentifiers::ExpectedIdentifiers(std::span<const std::string_view> activ
     }
 }
 
-std::vector<std::string> staleIdentifiers(std::span<const DesktopSignalNotificationIdentity> identities,
-                                          const ExpectedIdentifiers& expected,
-                                          const std::optional<std::string>& memberId) {
-    std::vector<std::string> stale;
-    if (identities.empty()) {
-        return stale;
+StaleNotifications::StaleNotifications(const ExpectedIdentifiers& expected, const std::optional<std::string>& memberId)
+    : expected_(expected.all()), memberId_(memberId), slots_(std::bit_ceil(2 * expected_.size() + 1)) {
+    for (std::uint32_t index = 0; index < expected_.size(); ++index) {
+        const std::size_t hash = hashOf(expected_[index]);
+        std::size_t place = hash & (slots_.size() - 1);
+        while (slots_[place].number != 0) {
+            place = (place + 1) & (slots_.size() - 1);
+        }
+        slots_[place] = {.mark = markOf(hash), .number = index + 1};
     }
-    const std::unordered_set<std::string_view> identifiers(expected.all().begin(), expected.all().end());
-    for (const auto& identity : identities) {
-        const bool isSignal = identity.identifier.starts_with(signalIdentifierPrefix);
-        if (isSignal && (identity.memberId != memberId || !identifiers.contains(identity.identifier))) {
-            stale.emplace_back(identity.identifier);
+}
+
+bool StaleNotifications::isExpected(std::string_view identifier) const {
+    const std::size_t hash = hashOf(identifier);
+    for (std::size_t place = hash & (slots_.size() - 1); slots_[place].number != 0;
+         place = (place + 1) & (slots_.size() - 1)) {
+        if (slots_[place].mark == markOf(hash) && expected_[slots_[place].number - 1] == identifier) {
+            return true;
         }
     }
-    return stale;
+    return false;
+}
+
+bool StaleNotifications::contain(const DesktopSignalNotificationIdentity& identity) const {
+    return identity.identifier.starts_with(signalIdentifierPrefix) &&
+           (identity.memberId != memberId_ || !isExpected(identity.identifier));
 }
 
 }  // namespace zelkovanta::alerts

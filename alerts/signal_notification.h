@@ -2,7 +2,9 @@
 
 #include "platform/user_notification_center.h"
 
+#include <cstdint>
 #include <optional>
+#include <ranges>
 #include <span>
 #include <string>
 #include <string_view>
@@ -57,10 +59,44 @@ private:
     return ExpectedIdentifiers{activeSignalIds};
 }
 
-/// Those to take back, in the order of `identities`: notifications of signals that are not open, and those that were
-/// posted to somebody else than the member.
-[[nodiscard]] std::vector<std::string> staleIdentifiers(std::span<const DesktopSignalNotificationIdentity> identities,
-                                                        const ExpectedIdentifiers& expected,
-                                                        const std::optional<std::string>& memberId);
+/// Tells which notifications are out of date. Its arguments must outlive it.
+class StaleNotifications {
+public:
+    StaleNotifications(const ExpectedIdentifiers& expected, const std::optional<std::string>& memberId);
+
+    /// Of a signal that is not open, or posted to somebody else than the member.
+    [[nodiscard]] bool contain(const DesktopSignalNotificationIdentity& identity) const;
+
+private:
+    struct Slot {
+        std::uint32_t mark = 0;    ///< of the identifier's hash, so that most others are not looked at
+        std::uint32_t number = 0;  ///< of the identifier, from 1 on; none: 0
+    };
+    [[nodiscard]] bool isExpected(std::string_view identifier) const;
+
+    const std::span<const std::string_view> expected_;
+    const std::optional<std::string>& memberId_;
+    // A hash table in one piece, at least half of it empty. A set of the library takes and gives back a piece of memory
+    // for each identifier, and for a great many that costs more than all the comparing.
+    std::vector<Slot> slots_;
+};
+
+/// Those to take back, in the order of `identities`. Each is asked for once and looked at there and then: what many
+/// notifications say lies far apart in memory, and is fetched once.
+template <std::ranges::input_range Identities>
+[[nodiscard]] std::vector<std::string> staleIdentifiers(Identities&& identities, const ExpectedIdentifiers& expected,
+                                                        const std::optional<std::string>& memberId) {
+    std::vector<std::string> stale;
+    if (std::ranges::empty(identities)) {
+        return stale;
+    }
+    const StaleNotifications notifications(expected, memberId);
+    for (const DesktopSignalNotificationIdentity& identity : identities) {
+        if (notifications.contain(identity)) {
+            stale.emplace_back(identity.identifier);
+        }
+    }
+    return stale;
+}
 
 }  // namespace zelkovanta::alerts

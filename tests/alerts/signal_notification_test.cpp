@@ -91,6 +91,28 @@ TEST(StaleIdentifiers, idsCompareWhole) {
                 ElementsAre("zelkovanta.signal.ab", "zelkovanta.signal.A", "zelkovanta.signal.a "));
 }
 
+TEST(StaleIdentifiers, oneOfManyIsNeverTakenForAnother) {
+    for (const std::size_t count : {1U, 2U, 3U, 31U, 32U, 33U, 5000U}) {
+        std::vector<std::string> ids;
+        std::vector<std::string> over;
+        for (std::size_t number = 0; number < 2 * count; ++number) {
+            ids.push_back(std::to_string(number));
+        }
+        Ids open;
+        std::deque<std::string> identifiers;
+        Identities all;
+        for (std::size_t number = 0; number < 2 * count; ++number) {
+            all.push_back({identifiers.emplace_back(signalIdentifier(ids[number])), "m"});
+            if (number % 2 == 0) {
+                open.emplace_back(ids[number]);
+            } else {
+                over.push_back(identifiers.back());
+            }
+        }
+        EXPECT_EQ(stale(all, open, "m"), over);
+    }
+}
+
 TEST(StaleIdentifiers, sameNotificationTwiceIsToldTwice) {
     const Identities all{{"zelkovanta.signal.a", "m"}, {"zelkovanta.signal.a", "m"}};
     EXPECT_THAT(stale(all, {}, "m"), ElementsAre("zelkovanta.signal.a", "zelkovanta.signal.a"));
