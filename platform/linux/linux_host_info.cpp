@@ -246,24 +246,13 @@ bool LinuxHostInfo::isOpenSession(const std::string& session) const {
     return facts && assignedValue(*facts, "STATE") != "closing";
 }
 
-bool LinuxHostInfo::belongsToServiceManager() const {
-    const auto groups = readFile(sources_.root / "proc/self/cgroup", maximumFactSize);
-    return groups && groups->find("/user@") != std::string::npos;
-}
-
 std::string LinuxHostInfo::auditSessionId() const {
     constexpr std::string_view unset = "4294967295";
-    const auto kernel = firstLine("proc/self/sessionid");
-    const bool hasKernelSession = kernel && *kernel != unset;
-    // What the service manager starts has the manager's own audit session, which may outlive a login, too.
-    if (hasKernelSession && !belongsToServiceManager()) {
+    if (const auto kernel = firstLine("proc/self/sessionid"); kernel && *kernel != unset) {
         return "k" + *kernel;
     }
     if (const auto login = loginSession()) {
         return "l" + *login;
-    }
-    if (hasKernelSession) {
-        return "k" + *kernel;
     }
     if (busId_.empty()) {
         busId_ = sources_.sessionBusId();

@@ -35,14 +35,12 @@ public:
     [[nodiscard]] std::string localeIdentifier() const override;
     [[nodiscard]] double bootTime() const override;
     /// One letter, then the id: "k" the kernel's audit session, "l" the login service's session, "b" the session bus.
-    /// The first that there is; below the person's service manager, which may outlive a login, the second comes first.
+    /// The first that there is.
     [[nodiscard]] std::string auditSessionId() const override;
 
 private:
     [[nodiscard]] std::optional<std::string> firstLine(const char* file) const;
     [[nodiscard]] std::optional<std::string> loginSession() const;
-    /// Whether this program was started by the person's service manager and not by a login.
-    [[nodiscard]] bool belongsToServiceManager() const;
     /// Whether the login service knows this session, and it is not being closed.
     [[nodiscard]] bool isOpenSession(const std::string& session) const;
 

@@ -154,24 +154,19 @@ TEST_F(LoginScopeOfThisHostTest, aClockThatIsCorrectedByHoursEndsTheSignIn) {
     EXPECT_FALSE(holds());
 }
 
-TEST_F(LoginScopeOfThisHostTest, theAuditSessionOfAServiceManagerThatOutlivesTheLoginIsNotTakenForTheLogin) {
+TEST_F(LoginScopeOfThisHostTest, anAuditSessionThatIsSetTellsTheLoginBelowTheServiceManagerToo) {
     bootAt(1'700'000'000);
     setKernelSession("3");
     runInSession("7");
     runInServiceManager("7");
+    EXPECT_EQ(current().auditSessionId, "k3");
     signIn();
-    EXPECT_TRUE(holds());
     remove("run/systemd/sessions/7");
     runInSession("9");
     runInServiceManager("9");
+    EXPECT_TRUE(holds());
+    setKernelSession("5");
     EXPECT_FALSE(holds());
-}
-
-TEST_F(LoginScopeOfThisHostTest, withoutALoginServiceTheServiceManagersAuditSessionIsBetterThanNothing) {
-    bootAt(1'700'000'000);
-    setKernelSession("3");
-    runInServiceManager("7");
-    EXPECT_EQ(current().auditSessionId, "k3");
 }
 
 TEST_F(LoginScopeOfThisHostTest, withoutABootTimeNoSignInHolds) {
