@@ -125,31 +125,42 @@ void BusThreads::stop() {
 
 class SessionBusId::Asking : public std::enable_shared_from_this<Asking> {
 public:
-    explicit Asking(Executor connecting) : connecting_(std::move(connecting)) {}
+    Asking(Executor connecting, std::function<std::string()> ask)
+        : connecting_(std::move(connecting)), ask_(std::move(ask)) {}
 
     std::string value() {
         const std::scoped_lock lock(mutex_);
         if (id_.empty() && !std::exchange(isAsking_, true)) {
-            asio::post(connecting_, [self = shared_from_this()] { self->ask(); });
+            asio::post(connecting_, [self = shared_from_this()] { self->find(); });
         }
         return id_;
     }
 
 private:
-    void ask() {
-        std::string id = HostSources::ofThisComputer().sessionBusId();
+    void find() {
+        std::string id;
+        for (int tries = 0; id.empty() && tries < mostTries; ++tries) {
+            id = ask_();
+        }
         const std::scoped_lock lock(mutex_);
         id_ = std::move(id);
         isAsking_ = false;
     }
 
+    static constexpr int mostTries = 3;
+
     const Executor connecting_;
+    const std::function<std::string()> ask_;
     std::mutex mutex_;
     std::string id_;
     bool isAsking_ = false;
 };
 
-SessionBusId::SessionBusId(Executor connecting) : asking_(std::make_shared<Asking>(std::move(connecting))) {}
+SessionBusId::SessionBusId(Executor connecting, std::function<std::string()> ask)
+    : asking_(std::make_shared<Asking>(std::move(connecting), std::move(ask))) {}
+
+SessionBusId::SessionBusId(Executor connecting)
+    : SessionBusId(std::move(connecting), HostSources::ofThisComputer().sessionBusId) {}
 
 SessionBusId::~SessionBusId() = default;
 

@@ -4,6 +4,7 @@
 #include "platform/linux/environment.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -43,7 +44,10 @@ private:
 /// The session bus's own id, which lasts as long as the bus. Any thread.
 class SessionBusId {
 public:
-    /// `connecting` is where the session bus may be connected to and waited for.
+    /// `connecting` is where `ask` is called, which may wait, and gives an empty text where it fails. Called up to
+    /// three times on end, so that what comes after it there does not find the id missing for one failure.
+    SessionBusId(Executor connecting, std::function<std::string()> ask);
+    /// Asks this process's session bus.
     explicit SessionBusId(Executor connecting);
     ~SessionBusId();
     SessionBusId(const SessionBusId&) = delete;

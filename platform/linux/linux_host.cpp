@@ -13,9 +13,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-HostSources sourcesWith(const Environment& environment, const SessionBusId& sessionBusId) {
+HostSources sourcesWith(const LinuxHost::Settings& settings, const SessionBusId& sessionBusId) {
     HostSources sources = HostSources::ofThisComputer();
-    sources.environment = environment;
+    sources.root = settings.facts;
+    sources.environment = settings.environment;
     sources.sessionBusId = [&sessionBusId] { return sessionBusId.value(); };
     return sources;
 }
@@ -29,14 +30,15 @@ LinuxHost::Settings LinuxHost::settingsOfThisProcess(Profile profile) {
             .roots = fileRootsFrom(environment, profile),
             .resources = resourcesFolderFrom(environment, program),
             .program = program,
-            .environment = environment};
+            .environment = environment,
+            .facts = "/"};
 }
 
 LinuxHost::LinuxHost(const Settings& settings)
     : buses_(settings.environment),
       sessionBusId_(buses_.session()),
       clock_(network_.context()),
-      info_(sourcesWith(settings.environment, sessionBusId_)),
+      info_(sourcesWith(settings, sessionBusId_)),
       urlLoading_(network_, TransportSettings::from(settings.environment, info_.localeIdentifier())),
       webSockets_(TransportSettings::from(settings.environment, info_.localeIdentifier())),
       keyStore_(mainThread_.executor(), buses_.session()),

@@ -35,6 +35,7 @@ public:
         std::filesystem::path resources;
         std::filesystem::path program;
         Environment environment;
+        std::filesystem::path facts = "/";  ///< as `HostSources::root`
     };
 
     /// The settings of this process for its profile.

@@ -118,13 +118,6 @@ std::optional<std::string> assignedValue(std::string_view text, std::string_view
 
 }  // namespace
 
-std::string sessionBusId(const std::string& address) {
-    const QString name = QStringLiteral("zelkovanta bus id");
-    std::string id = idOf(QDBusConnection::connectToBus(QString::fromStdString(address), name));
-    QDBusConnection::disconnectFromBus(name);
-    return id;
-}
-
 std::string languageTag(std::string_view locale) {
     constexpr std::string_view fallback = "en-US";
     const auto modifier = locale.find('@');

@@ -48,9 +48,6 @@ private:
     mutable std::string busId_;
 };
 
-/// The id that the bus at this address has given itself when it began; empty if nothing answers there.
-[[nodiscard]] std::string sessionBusId(const std::string& address);
-
 /// BCP 47 from a locale's name such as "de_DE.UTF-8@euro"; "en-US" for "C", "POSIX" and what is no locale.
 [[nodiscard]] std::string languageTag(std::string_view locale);
 

@@ -125,6 +125,28 @@ TEST_F(BusThreadsTest, theSessionBusIsAskedForItsIdWithoutWaiting) {
     EXPECT_EQ(SessionBusId(threads->session()).value(), "");
 }
 
+TEST_F(BusThreadsTest, whatWaitsForTheBusFindsItsIdThoughTheFirstAnswerFailed) {
+    begin();
+    std::atomic calls = 0;
+    const SessionBusId id(threads->session(), [&calls] { return ++calls == 1 ? "" : "id"; });
+    EXPECT_EQ(id.value(), "");
+    ASSERT_TRUE(isReached(reached(threads->session()), 30s));
+    EXPECT_EQ(id.value(), "id");
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(BusThreadsTest, aBusThatDoesNotTellItsIdIsAskedAgainWhenSomebodyWantsToKnow) {
+    begin();
+    std::atomic calls = 0;
+    const SessionBusId id(threads->session(), [&calls] { return ++calls <= 3 ? "" : "id"; });
+    EXPECT_EQ(id.value(), "");
+    ASSERT_TRUE(isReached(reached(threads->session()), 30s));
+    EXPECT_EQ(calls, 3) << "nobody is asked for ever";
+    EXPECT_EQ(id.value(), "");
+    ASSERT_TRUE(isReached(reached(threads->session()), 30s));
+    EXPECT_EQ(id.value(), "id");
+}
+
 TEST_F(BusThreadsTest, theIdOfASilentBusIsNotKnownAndNobodyWaits) {
     ScriptedServer silent([](ScriptedConnection& connection) { connection.waitForClose(); });
     variables = {{"DBUS_SESSION_BUS_ADDRESS", addressOf(silent)}};

@@ -27,7 +27,8 @@ struct LinuxHostTest : testing::Test {
         .roots = {.config = folder.path() / "config", .data = folder.path() / "data", .state = folder.path() / "state"},
         .resources = folder.path(),
         .program = programFile(),
-        .environment = [](const std::string&) { return std::nullopt; }};
+        .environment = [](const std::string&) { return std::nullopt; },
+        .facts = folder.path()};
     std::optional<LinuxHost> host{std::in_place, settings};
     const KeyStoreItem token{.service = "com.zelkovanta.macos.test", .account = "deviceToken"};
 };
@@ -53,6 +54,23 @@ TEST_F(LinuxHostTest, aMissingKeyStoreIsNoTokenWithoutDelay) {
     host->keyStore().write(token, "lost");
     EXPECT_TRUE(runUntil([&] { return isDone; }));
     EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+}
+
+// Whoever has a token to go on with has waited for the key store, so no sign-in is lost for an id that comes too late.
+TEST_F(LinuxHostTest, withoutKernelAuditAndLoginServiceTheBusHasToldItsIdOnceTheKeyStoreHasAnswered) {
+    bool isDone = false;
+    startTask(host->mainThread().executor(), [&]() -> Awaitable<void> {
+        co_await host->keyStore().read(token);
+        isDone = true;
+    });
+    ASSERT_TRUE(runUntil([&] { return isDone; }));
+    const std::string session = host->info().auditSessionId();
+    if (processEnvironment()("DBUS_SESSION_BUS_ADDRESS")) {
+        EXPECT_EQ(session.size(), 33U) << session;
+        EXPECT_TRUE(session.starts_with('b')) << session;
+    } else {
+        EXPECT_EQ(session, "");
+    }
 }
 
 TEST_F(LinuxHostTest, busesThatAcceptAndStaySilentHoldUpNeitherTheSettingsNorTheEnd) {

@@ -11,6 +11,8 @@
 #include <map>
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QProcess>
 #include <QStringList>
 #include <gtest/gtest.h>
@@ -42,8 +44,19 @@ public:
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
-    /// As the program asks it, over a connection of its own.
-    [[nodiscard]] std::string id() const { return sessionBusId(address_.toStdString()); }
+    [[nodiscard]] std::string id() const {
+        const QString name = QStringLiteral("private bus");
+        const std::string id = QDBusConnection::connectToBus(address_, name)
+                                   .call(QDBusMessage::createMethodCall(
+                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")))
+                                   .arguments()
+                                   .value(0)
+                                   .toString()
+                                   .toStdString();
+        QDBusConnection::disconnectFromBus(name);
+        return id;
+    }
 
 private:
     QProcess daemon_;
