@@ -111,6 +111,39 @@ TEST_F(StoreSignInCodeTest, aThrottledRequestWaitsThirtySeconds) {
     EXPECT_EQ(requests(), 2U);
 }
 
+TEST_F(StoreSignInCodeTest, afterAnHourOfThrottlingTheCodeIsBackAndTheRotationGoesOn) {
+    launchShowing();
+    answerWith("POST", path, makeSignInCode("data:image/png;base64,b25l"));
+    loop.advance(50s);
+    for (std::size_t tries = 2; tries < 122; ++tries) {
+        ASSERT_EQ(requests(), tries) << "one request each half a minute";
+        answer("POST", path, 429, R"({"error":"too_many_attempts"})");
+        ASSERT_EQ(code().error, "Reconnecting…");
+        ASSERT_EQ(code().image, "one");
+        loop.advance(30s);
+    }
+    ASSERT_EQ(requests(), 122U);
+    answerWith("POST", path, makeSignInCode("data:image/png;base64,dHdv"));
+    EXPECT_EQ(code(), (SignInCode{.image = "two",
+                                  .expiresAt = records::formatServerDate(clock.wallNow() + 50s),
+                                  .error = std::nullopt}));
+    loop.advance(50s);
+    EXPECT_EQ(requests(), 123U);
+}
+
+TEST_F(StoreSignInCodeTest, aReplyThatHoldsNoCodeLeavesTheOldOneAndIsAskedForAgainAfterTenSeconds) {
+    launchShowing();
+    answerWith("POST", path, makeSignInCode());
+    const SignInCode before = code();
+    loop.advance(50s);
+    answer("POST", path, 200, "{}");
+    EXPECT_EQ(code(), (SignInCode{.image = before.image, .expiresAt = before.expiresAt, .error = "Reconnecting…"}));
+    loop.advance(10s - 1ms);
+    EXPECT_EQ(requests(), 2U);
+    loop.advance(1ms);
+    EXPECT_EQ(requests(), 3U);
+}
+
 TEST_F(StoreSignInCodeTest, aReplyWithoutAUsableImageShowsNoneAndTheRotationGoesOn) {
     for (const std::string png : {"data:image/png,plain", "", "data:image/png;base64,***", "base64,YQ"}) {
         Station other;
