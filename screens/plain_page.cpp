@@ -154,6 +154,14 @@ private:
         }
     }
 
+    [[nodiscard]] std::string signInPlaceholder() const {
+        const store::SignInCode& code = state_.signInCode;
+        if (code.image || code.error) {
+            return "";
+        }
+        return code.expiresAt ? word("The code can't be shown.") : word("Getting a code…");
+    }
+
     [[nodiscard]] PlainSignIn signIn(std::string_view station) const {
         const store::SignInCode& code = state_.signInCode;
         return {.isShown = true,
@@ -162,6 +170,7 @@ private:
                             ? word("Sign in first. After signing in, choose the current room.")
                             : word("Scan with the ZelkoVanta app to sign in."),
                 .image = code.image,
+                .placeholder = signInPlaceholder(),
                 .error = code.error.value_or(""),
                 .expiresAt = code.expiresAt ? records::parseServerDate(*code.expiresAt) : std::nullopt};
     }

@@ -41,6 +41,7 @@ struct PlainSignIn {
     std::string heading;
     std::string hint;
     std::optional<std::string> image;  ///< bytes of the image file
+    std::string placeholder;           ///< where the image would be; empty while there is one
     std::string error;
     std::optional<platform::WallTime> expiresAt;
     bool operator==(const PlainSignIn&) const = default;

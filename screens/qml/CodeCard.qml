@@ -8,7 +8,11 @@ Rectangle {
     required property string spokenName
     property alias file: image.file
     required property bool hasImage
+    /// Without an image.
     property string placeholder
+    /// With one that cannot be drawn.
+    required property string illegibleText
+    readonly property bool showsCode: hasImage && image.legible
     /// Shown, but not to be relied on.
     property bool faded: false
 
@@ -25,15 +29,15 @@ Rectangle {
         width: card.width - 20
         height: card.height - 20
         opacity: card.faded ? 0.25 : 1
-        visible: card.hasImage
+        visible: card.showsCode
         Accessible.role: Accessible.Graphic
         Accessible.name: card.spokenName
     }
     Words {
         anchors.centerIn: parent
         width: card.width - 32
-        visible: !card.hasImage && text !== ""
-        text: card.placeholder
+        visible: !card.showsCode && text !== ""
+        text: card.hasImage ? card.illegibleText : card.placeholder
         color: "#5C5142"
         horizontalAlignment: Text.AlignHCenter
         maximumLineCount: 5

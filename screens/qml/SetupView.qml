@@ -44,6 +44,7 @@ Flickable {
             file: setup.page.setupImage
             hasImage: setup.page.hasSetupImage
             placeholder: setup.page.setupPlaceholder
+            illegibleText: qsTr("The code can't be shown. Type a pairing code instead.")
         }
         Caption {
             Layout.fillWidth: true

@@ -48,6 +48,8 @@ Flickable {
             Accessible.role: Accessible.Heading
         }
         CodeCard {
+            id: card
+
             Layout.alignment: Qt.AlignHCenter
             implicitWidth: 200
             implicitHeight: 200
@@ -55,7 +57,8 @@ Flickable {
             file: view.page.signInImage
             hasImage: view.page.hasSignInImage
             faded: view.page.signInError !== ""
-            placeholder: view.page.signInError === "" ? qsTr("Getting a code…") : ""
+            placeholder: view.page.signInPlaceholder
+            illegibleText: qsTr("The code can't be shown.")
         }
         Caption {
             Layout.fillWidth: true
@@ -74,7 +77,7 @@ Flickable {
         }
         Caption {
             Layout.fillWidth: true
-            text: view.page.signInError === "" && view.page.hasSignInImage ? view.page.signInCountdown(view.now) : ""
+            text: view.page.signInError === "" && card.showsCode ? view.page.signInCountdown(view.now) : ""
             horizontalAlignment: Text.AlignHCenter
         }
     }

@@ -11,14 +11,17 @@ namespace zelkovanta::screens::qml {
 class CodeImage : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The content of an image file. What is no image shows as plain white.
+    /// The content of an image file. What is no image, or larger than any code, shows as plain white.
     Q_PROPERTY(QByteArray file READ file WRITE setFile NOTIFY fileChanged)
+    /// Whether there is a picture to be seen.
+    Q_PROPERTY(bool legible READ legible NOTIFY fileChanged)
 
 public:
     explicit CodeImage(QQuickItem* parent = nullptr) : QQuickPaintedItem(parent) {}
 
     [[nodiscard]] const QByteArray& file() const { return file_; }
     void setFile(const QByteArray& file);
+    [[nodiscard]] bool legible() const { return !image_.isNull(); }
 
     void paint(QPainter* painter) override;
 

@@ -43,6 +43,7 @@ class PageModel : public QObject {
     Q_PROPERTY(QString signInHeading READ signInHeading NOTIFY pageChanged)
     Q_PROPERTY(QString signInHint READ signInHint NOTIFY pageChanged)
     Q_PROPERTY(QString signInError READ signInError NOTIFY pageChanged)
+    Q_PROPERTY(QString signInPlaceholder READ signInPlaceholder NOTIFY pageChanged)
     Q_PROPERTY(QByteArray signInImage READ signInImage NOTIFY signInImageChanged)
     Q_PROPERTY(bool hasSignInImage READ hasSignInImage NOTIFY signInImageChanged)
     Q_PROPERTY(bool asksForRoom READ asksForRoom NOTIFY pageChanged)
@@ -87,6 +88,7 @@ public:
     [[nodiscard]] QString signInHeading() const { return shown(page_.signIn.heading); }
     [[nodiscard]] QString signInHint() const { return shown(page_.signIn.hint); }
     [[nodiscard]] QString signInError() const { return shown(page_.signIn.error); }
+    [[nodiscard]] QString signInPlaceholder() const { return shown(page_.signIn.placeholder); }
     [[nodiscard]] QByteArray signInImage() const;
     [[nodiscard]] bool hasSignInImage() const { return page_.signIn.image.has_value(); }
     [[nodiscard]] bool asksForRoom() const { return page_.asksForRoom; }

@@ -53,6 +53,7 @@ TEST(PlainSignInTest, aWorkstationWithNobodyAsksForASignInInPlaceOfAllElse) {
                                         .heading = "Sign in to Front desk",
                                         .hint = "Sign in first. After signing in, choose the current room.",
                                         .image = "image",
+                                        .placeholder = "",
                                         .error = "Reconnecting…",
                                         .expiresAt = start + 50s}));
     EXPECT_FALSE(page.showsReceived || page.showsSent || page.canSend || page.asksForRoom);
@@ -81,7 +82,13 @@ TEST(PlainSignInTest, aComputerOfAPersonNeverAsks) {
 }
 
 TEST(PlainSignInTest, theCountdownRunsInWholeSecondsAndNeverBeyondACodesLife) {
-    PlainSignIn signIn{.isShown = true, .heading = {}, .hint = {}, .image = "i", .error = {}, .expiresAt = start + 50s};
+    PlainSignIn signIn{.isShown = true,
+                       .heading = {},
+                       .hint = {},
+                       .image = "i",
+                       .placeholder = {},
+                       .error = {},
+                       .expiresAt = start + 50s};
     EXPECT_EQ(signInCountdown(signIn, start, words), "Code refreshes in 50");
     EXPECT_EQ(signInCountdown(signIn, start + 1ms, words), "Code refreshes in 50");
     EXPECT_EQ(signInCountdown(signIn, start + 1s, words), "Code refreshes in 49");
@@ -93,6 +100,17 @@ TEST(PlainSignInTest, theCountdownRunsInWholeSecondsAndNeverBeyondACodesLife) {
     signIn.error.clear();
     signIn.expiresAt.reset();
     EXPECT_EQ(signInCountdown(signIn, start, words), "");
+}
+
+TEST(PlainSignInTest, whatStandsInPlaceOfTheImageTellsWhy) {
+    store::StoreState state = station();
+    EXPECT_EQ(plainPage(state, words).signIn.placeholder, "Getting a code…");
+    state.signInCode.expiresAt = "2024-10-04T00:00:50.000Z";
+    EXPECT_EQ(plainPage(state, words).signIn.placeholder, "The code can't be shown.");
+    state.signInCode.error = "Reconnecting…";
+    EXPECT_EQ(plainPage(state, words).signIn.placeholder, "");
+    state.signInCode = {.image = "image", .expiresAt = "2024-10-04T00:00:50.000Z", .error = {}};
+    EXPECT_EQ(plainPage(state, words).signIn.placeholder, "");
 }
 
 TEST(PlainSetupTest, whatStandsInPlaceOfTheImageTellsWhy) {

@@ -84,6 +84,35 @@ TEST_P(SignInPage, aNewCodeComesByItselfAndAFailureIsSaid) {
     EXPECT_TRUE(page.shows(QAccessible::Graphic, "Sign-in code"));
 }
 
+TEST_P(SignInPage, aCodeThatCannotBeDrawnIsSaidAndNotCountedDown) {
+    openStation();
+    auto code = signInCode();
+    code.qrPng = "data:image/png;base64,bm8gaW1hZ2U=";
+    page.computer.answerWith("POST", path, code);
+    page.settle();
+    EXPECT_TRUE(page.says("The code can't be shown."));
+    EXPECT_FALSE(page.shows(QAccessible::Graphic, "Sign-in code"));
+    EXPECT_FALSE(page.says("Code refreshes in"));
+}
+
+TEST_P(SignInPage, codesWithoutAnImageAreSaidToBeSoAndAUsableOneIsShown) {
+    openStation();
+    auto code = signInCode();
+    code.qrPng = "data:image/png;base64,***";
+    page.computer.answerWith("POST", path, code);
+    page.settle();
+    EXPECT_TRUE(page.says("The code can't be shown."));
+    advance(50s);
+    ASSERT_EQ(requests(), 2U);
+    EXPECT_TRUE(page.says("The code can't be shown."));
+    EXPECT_FALSE(page.says("Getting a code"));
+    page.computer.answerWith("POST", path, signInCode());
+    page.settle();
+    EXPECT_FALSE(page.says("The code can't be shown."));
+    EXPECT_TRUE(page.shows(QAccessible::Graphic, "Sign-in code"));
+    EXPECT_TRUE(page.says("Code refreshes in 50"));
+}
+
 TEST_P(SignInPage, aHiddenWindowAsksForNoCodes) {
     openStation();
     page.computer.answerWith("POST", path, signInCode());
