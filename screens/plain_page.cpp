@@ -40,7 +40,8 @@ void joinPart(std::string& line, std::string_view part) {
 /// Writes what the store holds in the words of the page.
 class PageWriter {
 public:
-    PageWriter(const StoreState& state, const platform::StringTable& strings) : state_(state), strings_(strings) {}
+    PageWriter(const StoreState& state, const platform::StringTable& strings, const records::Room* lastUsedRoom)
+        : state_(state), strings_(strings), lastUsedRoom_(lastUsedRoom) {}
 
     [[nodiscard]] PlainPage write() const {
         PlainPage page;
@@ -142,7 +143,7 @@ private:
         } else if (state_.role == DeviceRole::shared) {
             page.asksForRoom = true;
             page.confirmedRoomId = store::confirmedFlexibleRoomId(state_).value_or("");
-            page.hint = waitsForRoom() ? word("Choose a room for this sign-in before sending.") : "";
+            page.hint = waitsForRoom() ? roomHint() : "";
         }
         if (const records::Member* member = store::activeMember(state_)) {
             page.hasStatus = true;
@@ -152,6 +153,15 @@ private:
                 page.hint = word("You're off shift. You won't receive new signals.");
             }
         }
+    }
+
+    [[nodiscard]] std::string roomHint() const {
+        const std::string hint = word("Choose a room for this sign-in before sending.");
+        return lastUsedRoom_ == nullptr
+                   ? hint
+                   : hint + " " +
+                         platform::filled(word("Last used: %@. Choose it or another room for this sign-in."),
+                                          {lastUsedRoom_->name});
     }
 
     [[nodiscard]] std::string signInPlaceholder() const {
@@ -259,12 +269,13 @@ private:
 
     const StoreState& state_;
     const platform::StringTable& strings_;
+    const records::Room* const lastUsedRoom_;
 };
 
 }  // namespace
 
-PlainPage plainPage(const StoreState& state, const platform::StringTable& strings) {
-    return PageWriter{state, strings}.write();
+PlainPage plainPage(const StoreState& state, const platform::StringTable& strings, const records::Room* lastUsedRoom) {
+    return PageWriter{state, strings, lastUsedRoom}.write();
 }
 
 std::optional<std::string> sendingRoom(const StoreState& state, const std::string& chosenRoomId) {

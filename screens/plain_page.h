@@ -90,7 +90,9 @@ struct PlainPage {
     bool operator==(const PlainPage&) const = default;
 };
 
-[[nodiscard]] PlainPage plainPage(const store::StoreState& state, const platform::StringTable& strings);
+/// `lastUsedRoom` is the room that was last chosen at this shared workstation, if it can still be chosen.
+[[nodiscard]] PlainPage plainPage(const store::StoreState& state, const platform::StringTable& strings,
+                                  const records::Room* lastUsedRoom = nullptr);
 
 /// The room that a signal from this computer is sent from; none leaves it to the computer's own.
 [[nodiscard]] std::optional<std::string> sendingRoom(const store::StoreState& state, const std::string& chosenRoomId);

@@ -41,7 +41,7 @@ PageModel::PageModel(std::shared_ptr<store::AppStore> store, platform::Executor 
 }
 
 void PageModel::refresh() {
-    PlainPage page = plainPage(store_->state(), strings_);
+    PlainPage page = plainPage(store_->state(), strings_, store_->lastUsedFlexibleRoom());
     if (page == page_) {
         return;
     }

@@ -198,6 +198,7 @@ TEST_F(DeskPage, aSharedWorkstationAsksForTheRoomFirst) {
     EXPECT_TRUE(page.says("Signed in · Dr. Leila Amari"));
     EXPECT_TRUE(page.says("Choose a room for this sign-in before sending."));
     EXPECT_FALSE(page.shows(QAccessible::Button, "Send"));
+    EXPECT_FALSE(page.says("Last used"));
     page.choose("Current room", "Room 1");
     EXPECT_FALSE(page.says("Choose a room for this sign-in before sending."));
     EXPECT_TRUE(page.shows(QAccessible::ListItem, "Room 1, Patient ready"));
@@ -210,6 +211,12 @@ TEST_F(DeskPage, aSharedWorkstationAsksForTheRoomFirst) {
     page.settle();
     EXPECT_TRUE(page.says("Sign in to Front desk"));
     EXPECT_FALSE(page.shows(QAccessible::Button, "Sign out"));
+    auto device = support::makeDeviceWithSignIn("dr-amari");
+    device.name = "Front desk";
+    page.computer.deliverSessionStarted(device, practice().members[0]);
+    page.settle();
+    EXPECT_TRUE(page.says("Last used: Room 1. Choose it or another room for this sign-in."));
+    EXPECT_FALSE(page.shows(QAccessible::Button, "Send"));
 }
 
 TEST_F(DeskPage, unlinkingTakesTwoPresses) {

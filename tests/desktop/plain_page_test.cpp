@@ -113,6 +113,21 @@ TEST(PlainSignInTest, whatStandsInPlaceOfTheImageTellsWhy) {
     EXPECT_EQ(plainPage(state, words).signIn.placeholder, "");
 }
 
+TEST(PlainRoomTest, whoHasToSayWhereTheyAreIsRemindedOfTheRoomBefore) {
+    store::StoreState state = station();
+    state.members = {support::makeMember("member-1")};
+    state.rooms = {support::makeRoom("room-1")};
+    state.rooms[0].name = "Room 1";
+    EXPECT_EQ(plainPage(state, words, state.rooms.data()).hint, "") << "nobody is here yet";
+    state.device->signedInMemberId = "member-1";
+    EXPECT_EQ(plainPage(state, words).hint, "Choose a room for this sign-in before sending.");
+    EXPECT_EQ(plainPage(state, words, state.rooms.data()).hint,
+              "Choose a room for this sign-in before sending. "
+              "Last used: Room 1. Choose it or another room for this sign-in.");
+    state.flexibleRoomSession = {.signedInMemberId = "member-1", .confirmedRoomId = "room-1"};
+    EXPECT_EQ(plainPage(state, words, state.rooms.data()).hint, "");
+}
+
 TEST(PlainSetupTest, whatStandsInPlaceOfTheImageTellsWhy) {
     store::StoreState state;
     EXPECT_EQ(plainPage(state, words).setupPlaceholder, "Getting a code…");
