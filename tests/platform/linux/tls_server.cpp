@@ -42,11 +42,12 @@ Context makeContext(const TlsServerSettings& settings) {
     return context;
 }
 
-/// Reads what is left of a connection; gives the size of its records that are application data.
-std::size_t readApplicationData(int descriptor) {
+/// Reads what is left below a connection; gives the size of its records that are application data.
+std::size_t readApplicationData(const SSL& tls) {
     std::string rest;
     std::array<char, 4096> chunk{};
-    for (ssize_t size = 0; (size = ::recv(descriptor, chunk.data(), chunk.size(), 0)) > 0;) {
+    BIO* const below = SSL_get_rbio(&tls);
+    for (int size = 0; (size = BIO_read(below, chunk.data(), static_cast<int>(chunk.size()))) > 0;) {
         rest.append(chunk.data(), static_cast<std::size_t>(size));
     }
     constexpr std::size_t headSize = 5;
@@ -100,7 +101,7 @@ void TlsServer::serve(ScriptedConnection& connection) {
     const Connection tls(SSL_new(context.get()), &SSL_free);
     if (!settings_.proxy) {
         SSL_set_fd(tls.get(), connection.descriptor());
-        serveTls(*tls, connection.descriptor());
+        serveTls(*tls);
         return;
     }
     const Context proxyContext = makeContext({*settings_.proxy});
@@ -118,13 +119,12 @@ void TlsServer::serve(ScriptedConnection& connection) {
     BIO* const tunnel = BIO_new(BIO_f_ssl());
     BIO_set_ssl(tunnel, proxy.get(), BIO_NOCLOSE);
     SSL_set_bio(tls.get(), tunnel, tunnel);
-    constexpr int none = -1;  // whatever comes out there is the proxy's
-    serveTls(*tls, none);
+    serveTls(*tls);
 }
 
-void TlsServer::serveTls(SSL& tls, int descriptor) {
+void TlsServer::serveTls(SSL& tls) {
     if (SSL_accept(&tls) != 1) {
-        const std::size_t rest = readApplicationData(descriptor);
+        const std::size_t rest = readApplicationData(tls);
         const std::scoped_lock lock(mutex_);
         ++account_.failed;
         account_.applicationBytes += rest;

@@ -55,7 +55,7 @@ public:
 
 private:
     void serve(ScriptedConnection& connection);
-    void serveTls(SSL& tls, int descriptor);
+    void serveTls(SSL& tls);
 
     mutable std::mutex mutex_;
     TlsServerSettings settings_;
