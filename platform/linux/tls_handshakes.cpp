@@ -2,6 +2,7 @@
 
 #include "platform/linux/url_parts.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -15,7 +16,8 @@ namespace zelkovanta::platform::linux_host {
 struct TlsHandshakes::Route {
     const UrlSessionDelegate& delegate;
     std::string server;
-    std::string proxy;  ///< the name of a proxy that speaks TLS itself, empty for any other way
+    std::string proxy;             ///< of one that speaks TLS itself and can be told from the server, empty otherwise
+    bool isProxyNameless = false;  ///< its handshake asks for no name, and the server's does
 };
 
 namespace {
@@ -35,6 +37,27 @@ std::vector<PublicKeyDigest> publicKeysOf(const STACK_OF(X509) * chain) {
         OPENSSL_free(encoded);
     }
     return digests;
+}
+
+/// A host as a handshake asks for it: in lower case, without the dot of the root.
+std::string nameToAskFor(std::string host) {
+    std::ranges::transform(host, host.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    if (host.ends_with('.')) {
+        host.pop_back();
+    }
+    return host;
+}
+
+bool isAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80U; });
+}
+
+/// Whether the library may take a host for an address, for which it asks no name. It reads "127.1" and "0x7f000001"
+/// too; no top-level domain begins with a digit.
+bool mayBeAddress(std::string_view host) {
+    const std::string_view last = host.substr(host.rfind('.') + 1);
+    return host.contains(':') || (!last.empty() && last.front() >= '0' && last.front() <= '9');
 }
 
 /// The name that a handshake asks for; empty for an address.
@@ -81,9 +104,15 @@ bool TlsHandshakes::setUp(CURL* easy, const UrlParts& server, const std::optiona
         return true;
     }
     const auto proxyParts = proxy ? parseUrl(*proxy) : std::nullopt;
-    const std::string secureProxy = proxyParts && proxyParts->scheme == "https" ? proxyParts->host : std::string{};
+    const std::string name = nameToAskFor(server.host);
+    std::string secureProxy = proxyParts && proxyParts->scheme == "https" ? nameToAskFor(proxyParts->host) : "";
+    // Where both may ask for the same, both are shown: rather a proxy too many than a server too few. A name in other
+    // letters is asked for in a spelling of the library's own.
+    if (secureProxy == name || !isAscii(name) || (mayBeAddress(secureProxy) && mayBeAddress(name))) {
+        secureProxy.clear();
+    }
     const auto [found, isNew] =
-        routes_.try_emplace({server.host, secureProxy}, Route{*delegate_, server.host, secureProxy});
+        routes_.try_emplace({name, secureProxy}, Route{*delegate_, name, secureProxy, mayBeAddress(secureProxy)});
     curl_easy_setopt(easy, CURLOPT_SSL_SESSIONID_CACHE, 0L);
     return curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &TlsHandshakes::prepareContext) == CURLE_OK &&
            curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &found->second) == CURLE_OK;
@@ -95,12 +124,11 @@ CURLcode TlsHandshakes::prepareContext(CURL*, void* context, void* route) {
     SSL_CTX_set_options(tls, SSL_OP_NO_TICKET | SSL_OP_NO_RENEGOTIATION);
 
     const auto verify = [](X509_STORE_CTX* verification, void* argument) noexcept -> int {
-        const auto& [delegate, server, proxy] = *static_cast<const Route*>(argument);
+        const auto& [delegate, server, proxy, isProxyNameless] = *static_cast<const Route*>(argument);
         const auto* const connection =
             static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(verification, SSL_get_ex_data_X509_STORE_CTX_idx()));
         const std::string_view name = nameAskedFor(connection);
-        // Where server and proxy have one name, both are shown: rather a proxy too many than a server too few.
-        if (!proxy.empty() && proxy != server && name == proxy) {
+        if (!proxy.empty() && (name.empty() ? isProxyNameless : name == proxy)) {
             return X509_verify_cert(verification);
         }
         expectName(verification, name, server);

@@ -19,7 +19,8 @@ struct UrlParts;
 ///
 /// With a delegate, each server's chain is first verified as usual, and then shown to the delegate inside the
 /// handshake, so that a refused server never sees a byte of a request. Nothing is resumed: a resumed connection shows
-/// no chain. A proxy's own handshake is verified as usual and not shown.
+/// no chain. A proxy's own handshake is verified as usual and not shown, unless it cannot be told from the server's:
+/// where both have one name, or both are addresses, both are shown.
 ///
 /// One thread. Must outlive every connection of the handles that it set up.
 class TlsHandshakes {

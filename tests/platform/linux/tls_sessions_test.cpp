@@ -158,19 +158,43 @@ TEST_F(TlsSessionsTest, aServerWithoutTlsIsNobodysChallenge) {
 
 /// A proxy that speaks TLS has a certificate of the practice's own; the pin is the server's.
 struct TlsProxyTest : TlsSessionsTest {
+    struct Spelling {
+        std::string server;
+        std::string proxy;
+    };
+
     /// The library loses the reason of a failure where TLS runs inside TLS.
     const std::string refusedInTheTunnel = shown(std::unexpected(TransportError{TransportCause::interrupted}));
     const TestCertificate proxyAuthority = makeAuthority();
     const TestCertificate proxy = makeServerCertificate(proxyAuthority, "localhost");
     const CertificateChain office = makeChain("office.test");
 
-    std::string answerThroughProxy(const TlsServer& server) {
-        settings.proxies.https = "https://localhost:" + std::to_string(server.port());
+    std::string answerThroughProxy(const TlsServer& server, const Spelling& spelling = {"office.test", "localhost"}) {
+        settings.proxies.https = "https://" + spelling.proxy + ":" + std::to_string(server.port());
         trust({proxyAuthority, office.root});
+        loading.reset();
         openSession();
-        return shown(get("https://office.test/"));
+        return shown(get("https://" + spelling.server + "/"));
     }
 };
+
+/// Fetches once, where this name is that of this computer; gives the library's code.
+CURLcode fetchFromHere(TlsHandshakes& handshakes, const std::string& name, const std::string& url,
+                       const std::string& proxy) {
+    const auto proxyParts = parseUrl(proxy).value();
+    const std::string place = name + ":" + std::to_string(proxyParts.port) + ":127.0.0.1";
+    const std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> places(curl_slist_append(nullptr, place.c_str()),
+                                                                             &curl_slist_free_all);
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
+    curl_easy_setopt(easy.get(), CURLOPT_RESOLVE, places.get());
+    curl_easy_setopt(easy.get(), CURLOPT_URL, url.c_str());
+    curl_easy_setopt(easy.get(), CURLOPT_PROXY, proxy.c_str());
+    curl_easy_setopt(easy.get(), CURLOPT_NOPROXY, "");
+    curl_easy_setopt(
+        easy.get(), CURLOPT_WRITEFUNCTION, +[](const char*, std::size_t, std::size_t size, void*) { return size; });
+    EXPECT_TRUE(handshakes.setUp(easy.get(), parseUrl(url).value(), proxy));
+    return curl_easy_perform(easy.get());
+}
 
 TEST_F(TlsProxyTest, theServerBehindASecureProxyIsPinnedAndTheProxyIsNot) {
     TlsServer server({.chain = office.sent(), .proxy = proxy});
@@ -191,7 +215,58 @@ TEST_F(TlsProxyTest, theProxysOwnKeyIsNoPinOfTheServer) {
     pin(pinOf(proxy));
     EXPECT_EQ(answerThroughProxy(server), refusedInTheTunnel);
     EXPECT_EQ(witness->answers(), "cancel");
-    EXPECT_EQ(server.end().applicationBytes, 0U);
+    EXPECT_EQ(server.end(), (TlsServer::Account{.failed = 1}));
+}
+
+TEST_F(TlsProxyTest, aProxyIsKnownInCapitalsAndByItsAddress) {
+    for (const auto& [spelling, name] : {std::pair{Spelling{"office.test", "LocalHost"}, "localhost"},
+                                         std::pair{Spelling{"Office.TEST", "localhost"}, "localhost"},
+                                         std::pair{Spelling{"office.test.", "localhost"}, "localhost"},
+                                         std::pair{Spelling{"office.test", "127.0.0.1"}, "127.0.0.1"}}) {
+        TlsServer server({.chain = office.sent(), .proxy = makeServerCertificate(proxyAuthority, name)});
+        pin(pinOf(office.leaf));
+        EXPECT_EQ(answerThroughProxy(server, spelling), "answered") << spelling.server << " " << spelling.proxy;
+        EXPECT_EQ(witness->answers(), "use") << spelling.server << " " << spelling.proxy;
+        EXPECT_EQ(server.end().requests, 1);
+    }
+}
+
+TEST_F(TlsProxyTest, aServerWithoutANameIsPinnedHoweverItsAddressIsWritten) {
+    for (const auto& spelling :
+         {Spelling{"10.0.0.1", "localhost"}, Spelling{"10.0.0.1", "127.0.0.1"}, Spelling{"10.1", "127.0.0.1"},
+          Spelling{"0xa000001", "127.0.0.1"}, Spelling{"[::2]", "127.0.0.1"}}) {
+        TlsServer server(
+            {.chain = makeChain("10.0.0.1").sent(), .proxy = makeServerCertificate(proxyAuthority, spelling.proxy)});
+        pin(otherPin);
+        EXPECT_NE(answerThroughProxy(server, spelling), "answered") << spelling.server;
+        EXPECT_EQ(witness->answers(), "cancel") << spelling.server;
+        EXPECT_EQ(server.end().accepted, 0) << spelling.server;
+    }
+}
+
+TEST_F(TlsProxyTest, aServerWithItsProxysNameIsPinnedHoweverTheyAreSpelled) {
+    const TestCertificate both = makeServerCertificate(office.root, "office.test");
+    trust({office.root});
+    for (const auto& spelling : {Spelling{"office.test", "office.test"}, Spelling{"Office.test", "office.test"},
+                                 Spelling{"office.test", "OFFICE.test"}, Spelling{"office.test.", "office.test"}}) {
+        const auto delegate =
+            std::make_shared<WitnessDelegate>(std::make_shared<server::AppCheckPinningDelegate>(information));
+        TlsHandshakes handshakes(settings, delegate);
+        TlsServer server({.chain = office.sent(), .afterAnswer = AfterAnswer::close, .proxy = both});
+        const auto fetch = [&] {
+            return fetchFromHere(handshakes, "office.test", "https://" + spelling.server + "/",
+                                 "https://" + spelling.proxy + ":" + std::to_string(server.port()));
+        };
+        pin(pinOf(both));
+        EXPECT_NE(fetch(), CURLE_OK) << spelling.server << " " << spelling.proxy;
+        EXPECT_EQ(delegate->answers(), "use, cancel") << spelling.server << " " << spelling.proxy;
+        pin(pinOf(office.root));
+        EXPECT_EQ(fetch(), CURLE_OK) << spelling.server << " " << spelling.proxy;
+        EXPECT_EQ(delegate->answers(), "use, cancel, use, use") << spelling.server << " " << spelling.proxy;
+        const auto account = server.end();
+        EXPECT_EQ(account.accepted, 1);
+        EXPECT_EQ(account.requests, 1);
+    }
 }
 
 /// The pin is for REST clients, and for nothing else.
@@ -203,23 +278,24 @@ struct TlsScopeTest : TlsSessionsTest {
 };
 
 TEST_F(TlsScopeTest, restClientsArePinned) {
-    TlsServer server({.chain = chain.sent()});
-    const auto client =
-        server::APIClient::make(records::Url::parse(server.url()).value(), "token",
-                                {.urlLoading = *loading, .information = information, .background = network.executor()});
     using Outcome = std::expected<records::EmptyResponse, server::APIError>;
-    const auto outcome = [&] {
+    const auto outcomeAt = [&](const TlsServer& server) {
+        const auto client = server::APIClient::make(
+            records::Url::parse(server.url()).value(), "token",
+            {.urlLoading = *loading, .information = information, .background = network.executor()});
         auto promise = std::make_shared<std::promise<Outcome>>();
         startTask(network.makeSerialQueue(),
                   [client, promise]() -> Awaitable<void> { promise->set_value(co_await client->signOutDevice()); });
         return promise->get_future().get();
     };
-    EXPECT_EQ(outcome(), Outcome(std::unexpected(server::APIError{
-                             server::api_error::Transport{TransportError{TransportCause::certificateRefused}}})));
-    EXPECT_EQ(server.account().applicationBytes, 0U);
+    TlsServer refused({.chain = chain.sent()});
+    EXPECT_EQ(outcomeAt(refused), Outcome(std::unexpected(server::APIError{server::api_error::Transport{
+                                      TransportError{TransportCause::certificateRefused}}})));
+    EXPECT_EQ(refused.end(), (TlsServer::Account{.failed = 1}));
     pin(pinOf(chain.root));
-    EXPECT_FALSE(outcome().has_value()) << "\"secret\" is no JSON";
-    EXPECT_EQ(server.end().requests, 1);
+    TlsServer accepted({.chain = chain.sent()});
+    EXPECT_FALSE(outcomeAt(accepted).has_value()) << "\"secret\" is no JSON";
+    EXPECT_EQ(accepted.end().requests, 1);
 }
 
 TEST_F(TlsScopeTest, plainDownloadsAreNotPinned) {
