@@ -49,6 +49,12 @@ Key makeKey(KeyKind kind) {
             return readKey("rsa_3072");
         case KeyKind::rsa4096:
             return readKey("rsa_4096");
+        case KeyKind::keptP256:
+            return readKey("ec_256");
+        case KeyKind::keptP384:
+            return readKey("ec_384");
+        case KeyKind::keptEd25519:
+            return readKey("ed25519");
     }
     throw std::runtime_error("no such kind of key");
 }

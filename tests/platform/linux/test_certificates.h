@@ -17,8 +17,18 @@ struct TestCertificate {
 };
 
 enum class Validity : std::uint8_t { current, expired };
-/// The RSA keys are the same in every test; all others are made afresh.
-enum class KeyKind : std::uint8_t { p256, p384, ed25519, rsa2048, rsa3072, rsa4096 };
+/// The RSA keys and the kept ones are the same in every test; all others are made afresh.
+enum class KeyKind : std::uint8_t {
+    p256,
+    p384,
+    ed25519,
+    rsa2048,
+    rsa3072,
+    rsa4096,
+    keptP256,
+    keptP384,
+    keptEd25519,
+};
 
 /// An authority, which signs itself.
 [[nodiscard]] TestCertificate makeAuthority(KeyKind kind = KeyKind::p256);

@@ -186,6 +186,16 @@ TEST_F(TlsPinningTest, aServerThatInsistsOnACertificateIsNotPinsBusiness) {
     const std::string interrupted = shown(std::unexpected(TransportError{TransportCause::interrupted}));
     EXPECT_EQ(outcomeWith(TLS1_2_VERSION, insisting),
               "use, client certificate default: " + interrupted + " after 0 bytes");
+    // From TLS 1.3 on the server says no only after the client has had its say, perhaps with its request.
+    TlsServer peer({.chain = honest.sent(),
+                    .highestVersion = TLS1_3_VERSION,
+                    .askForCertificate = AskForCertificate::insistently});
+    openSession();
+    EXPECT_EQ(shown(get(peer.url())), interrupted);
+    EXPECT_EQ(witness->answers(), "use, client certificate default");
+    auto account = peer.end();
+    account.applicationBytes = 0;
+    EXPECT_EQ(account, (TlsServer::Account{.failed = 1}));
 }
 
 TEST_F(TlsPinningTest, everyKindOfKeyMatchesItsPinInEveryPlace) {
@@ -212,7 +222,10 @@ TEST_F(TlsPinningTest, pinsAreWhatOtherToolsMakeOfAKey) {
     const std::vector<std::pair<KeyKind, std::string>> pins{
         {KeyKind::rsa2048, "NsRl+4OsumvRKf7PlldSyBmjrTLgJqGvwtu5rx4mCsE="},
         {KeyKind::rsa3072, "TzV/gSFygHfnHsDdGq2zIMnDmI8kIusp59QAH6/kfyc="},
-        {KeyKind::rsa4096, "2mp1Mz9miqK9Qrynzk1cV4x/LxOBLg4LZQLvVnHJz1k="}};
+        {KeyKind::rsa4096, "2mp1Mz9miqK9Qrynzk1cV4x/LxOBLg4LZQLvVnHJz1k="},
+        {KeyKind::keptP256, "/ytlqCNTPl5kWAvK3HE1ed4QT82Abn6yVbLID9oAQi4="},
+        {KeyKind::keptP384, "Cb0DXDAERLE5TqZlA1TbBR3+H+w118w+uLkXVgfdTEo="},
+        {KeyKind::keptEd25519, "ZMWot5eVo9lrXWsk7ksNYPdRnSdWJpzaYhh/LXzFOJ8="}};
     for (const auto& [kind, text] : pins) {
         const CertificateChain chain = makeChain("localhost", Validity::current, {.leaf = kind});
         trust({chain.root});
