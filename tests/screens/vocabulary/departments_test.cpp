@@ -106,6 +106,18 @@ TEST(DepartmentVocabularyKeyTest, capitalsBlanksAndPunctuationDoNotCount) {
     }
 }
 
+TEST(DepartmentVocabularyKeyTest, marksThatStandAloneDoNotCountAndWhatLowerCaseMakesIsNoException) {
+    const std::vector<NameRow> rows{
+        {"RECEPTİON", {}, "dept-frontdesk"},  // The dot becomes a mark of its own, and goes with the punctuation.
+        {"nurse\u0301", {}, "dept-nurse"},   {"n\u0308u\u0301r\u0323se", {}, "dept-nurse"},
+        {"nurs\u00e9", {}, std::nullopt},  // One letter with its accent is another letter.
+        {"AİDE", {}, "dept-aide"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(departmentVocabularyKey(row.name, row.vertical), row.key) << row.name;
+    }
+}
+
 TEST(DepartmentVocabularyKeyTest, noOtherSpellingHasOne) {
     for (const std::string name :
          {"",        "...",     "frontdesk staff", "front desks", "hygienists",    "nurses",
