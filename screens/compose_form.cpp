@@ -5,6 +5,7 @@
 #include "store/settings.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace zelkovanta::screens {
@@ -28,9 +29,9 @@ std::shared_ptr<ComposeView> ComposeView::make(std::shared_ptr<store::AppStore> 
     return std::make_shared<ComposeView>(Private{}, std::move(store), ports, std::move(place), std::move(onClose));
 }
 
-ComposeView::ComposeView(Private, std::shared_ptr<store::AppStore> store, const ComposePorts& ports, ComposePlace place,
+ComposeView::ComposeView(Private, std::shared_ptr<store::AppStore> store, ComposePorts ports, ComposePlace place,
                          std::function<void()> onClose)
-    : store_(std::move(store)), ports_(ports), place_(std::move(place)), onClose_(std::move(onClose)) {}
+    : store_(std::move(store)), ports_(std::move(ports)), place_(std::move(place)), onClose_(std::move(onClose)) {}
 
 ComposeView::~ComposeView() {
     disappear();
@@ -144,10 +145,12 @@ void ComposeView::saveDefaults(const Sending& sending) {
 }
 
 void ComposeView::dropUnselectable() {
-    const auto recipients = store::selectableRecipients(state());
-    const auto dropped = std::erase_if(choice_.who.selectedProviderIds, [&recipients](const std::string& id) {
-        return std::ranges::find(recipients, id, &records::Member::id) == recipients.end();
-    });
+    std::unordered_set<std::string_view> selectable;
+    for (const records::Member* member : store::selectableRecipients(state())) {
+        selectable.insert(member->id);
+    }
+    const auto dropped = std::erase_if(choice_.who.selectedProviderIds,
+                                       [&selectable](const std::string& id) { return !selectable.contains(id); });
     if (dropped > 0) {
         tellChange();
     }

@@ -138,7 +138,7 @@ private:
     struct Private {};
 
 public:
-    ComposeView(Private, std::shared_ptr<store::AppStore> store, const ComposePorts& ports, ComposePlace place,
+    ComposeView(Private, std::shared_ptr<store::AppStore> store, ComposePorts ports, ComposePlace place,
                 std::function<void()> onClose);
 
 private:
