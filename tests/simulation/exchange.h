@@ -17,6 +17,8 @@ public:
              platform::Executor executor, Completion complete);
 
     void begin();
+    [[nodiscard]] Route route() const { return route_; }
+
     /// The process that asked is gone. What has left the computer still reaches the office.
     void letGo() { complete_ = nullptr; }
 

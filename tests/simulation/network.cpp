@@ -118,4 +118,9 @@ bool NetworkPort::isQuiet() const {
     return exchanges_.empty() && !sockets_.empty() && sockets_.back()->isQuiet();
 }
 
+std::size_t NetworkPort::exchangesInFlight() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(exchanges_, [](const auto& exchange) { return exchange->route() != Route::signInCode; }));
+}
+
 }  // namespace zelkovanta::simulation

@@ -80,7 +80,8 @@ public:
 
     /// Nothing is on its way, and the newest socket is open at both ends.
     [[nodiscard]] bool isQuiet() const;
-    [[nodiscard]] std::size_t exchangesInFlight() const { return exchanges_.size(); }
+    /// Of those that bring news of the practice: a station asks for its next sign-in code at any time.
+    [[nodiscard]] std::size_t exchangesInFlight() const;
 
 private:
     friend class Exchange;
