@@ -1,8 +1,12 @@
 #include "app/main_window.h"
 
 #include "screens/qml/registration.h"
+#include "screens/qml/symbols.h"
+#include "screens/qml/theme.h"
 
 #include <QGuiApplication>
+#include <QIcon>
+#include <QPixmap>
 #include <QUrl>
 
 namespace zelkovanta::app {
@@ -11,7 +15,7 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::make() {
     engine_ = std::make_unique<QQmlApplicationEngine>();
-    screens::qml::registerScreens(*engine_);
+    screens::qml::registerScreens(*engine_, *appearance_);
     engine_->setInitialProperties({{QStringLiteral("page"), QVariant::fromValue(page_)}});
     engine_->load(QUrl{QString::fromLatin1(screens::qml::mainWindowUrl)});
     for (QObject* root : engine_->rootObjects()) {
@@ -20,6 +24,12 @@ void MainWindow::make() {
     if (!window_) {
         qFatal("The window cannot be made.");
     }
+    QIcon icon;
+    for (const int side : {16, 32, 64}) {
+        icon.addPixmap(QPixmap::fromImage(
+            screens::qml::brandTileImage(side, screens::qml::Theme::accent(), screens::qml::Theme::ink())));
+    }
+    window_->setIcon(icon);
 }
 
 void MainWindow::show() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/appearance.h"
 #include "screens/qml/page_model.h"
 #include "store/collaborators.h"
 
@@ -20,8 +21,11 @@ public:
     MainWindow(const MainWindow&) = delete;
     MainWindow& operator=(const MainWindow&) = delete;
 
-    /// What the window shows; before the first `show`, and it must outlive the window.
-    void setPage(screens::qml::PageModel& page) { page_ = &page; }
+    /// What the window shows, and how; before the first `show`, and both must outlive the window.
+    void setPage(screens::qml::PageModel& page, platform::Appearance& appearance) {
+        page_ = &page;
+        appearance_ = &appearance;
+    }
 
     /// Shows the window without taking the focus from what the person is doing. Ends the program if there is no screen
     /// to show it on.
@@ -36,6 +40,7 @@ private:
     void make();
 
     screens::qml::PageModel* page_ = nullptr;
+    platform::Appearance* appearance_ = nullptr;
     std::unique_ptr<QQmlApplicationEngine> engine_;
     QPointer<QQuickWindow> window_;
 };

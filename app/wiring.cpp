@@ -34,8 +34,14 @@ Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
       beacon_(alerts::BeaconAdvertiser::make(host_.peripheralManagers())),
       store_(startStore()) {
     QCoreApplication::installTranslator(&translator_);
-    page_ = std::make_unique<screens::qml::PageModel>(store_, host_.mainThread().executor(), host_.clock(), strings_);
-    mainWindow_.setPage(*page_);
+    page_ =
+        std::make_unique<screens::qml::PageModel>(store_, screens::qml::PagePorts{.main = host_.mainThread().executor(),
+                                                                                  .clock = host_.clock(),
+                                                                                  .strings = strings_,
+                                                                                  .defaults = host_.defaults(),
+                                                                                  .notes = notes_,
+                                                                                  .crash = crash_});
+    mainWindow_.setPage(*page_, host_.appearance());
     host_.userNotifications().setRaiseHandler(
         [this](const std::string& token) { bringForward(QString::fromStdString(token)); });
     busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(busName), host_.sessionBusThread(),

@@ -17,13 +17,7 @@ namespace {
 using records::DeviceRole;
 using store::StoreState;
 
-constexpr std::string_view fallbackColor = "#FF8C28";
 constexpr std::size_t pairingCodeLength = 8;
-
-bool isHexColor(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdefABCDEF";
-    return text.size() == 7 && text.front() == '#' && text.find_first_not_of(digits, 1) == std::string_view::npos;
-}
 
 /// A name within a line of several parts: it keeps its own direction of writing and leaves its neighbours theirs.
 std::string isolated(std::string_view name) {
@@ -55,10 +49,8 @@ public:
             return page;
         }
         writeHeader(page);
-        writeConnection(page);
         writeSession(page);
         writeLists(page);
-        writeForm(page);
         return page;
     }
 
@@ -104,27 +96,6 @@ private:
         joinPart(page.subtitle, office.empty() ? "" : isolated(office));
     }
 
-    void writeConnection(PlainPage& page) const {
-        switch (state_.connectionState) {
-            case server::ConnectionState::disconnected:
-                page.connection = PlainConnection::lost;
-                page.connectionText = word("No connection. Retrying…");
-                break;
-            case server::ConnectionState::connecting:
-                page.connection = PlainConnection::connecting;
-                page.connectionText = word("Connecting…");
-                break;
-            case server::ConnectionState::connected:
-                page.connection = PlainConnection::connected;
-                page.connectionText = word("Connected");
-                break;
-            case server::ConnectionState::stopped:
-                page.connection = PlainConnection::lost;
-                page.connectionText = word("Not connected");
-                break;
-        }
-    }
-
     [[nodiscard]] bool waitsForSomebody() const { return store::needsSignIn(state_); }
     [[nodiscard]] bool waitsForRoom() const {
         return state_.role == DeviceRole::shared && !store::confirmedFlexibleRoomId(state_);
@@ -146,9 +117,6 @@ private:
             page.hint = waitsForRoom() ? roomHint() : "";
         }
         if (const records::Member* member = store::activeMember(state_)) {
-            page.hasStatus = true;
-            const auto known = records::memberStatusFromRawValue(member->status.value_or(""));
-            page.memberStatus = records::rawValue(known.value_or(records::MemberStatus::available));
             if (member->onShift == false) {
                 page.hint = word("You're off shift. You won't receive new signals.");
             }
@@ -189,82 +157,9 @@ private:
         if (waitsForSomebody() || waitsForRoom()) {
             return;
         }
-        const auto roomId = store::confirmedFlexibleRoomId(state_);
         page.showsReceived = store::activeMember(state_) != nullptr;
         page.showsSent = true;
-        for (const records::Signal* signal : store::receivedSignals(state_, roomId)) {
-            PlainRow row = rowOf(*signal);
-            row.mayAcknowledge = signal->status == records::signal_status::waiting;
-            row.mayFinish = true;
-            page.received.push_back(std::move(row));
-        }
-        for (const records::Signal* signal : store::sentSignals(state_, roomId)) {
-            PlainRow row = rowOf(*signal);
-            row.mayFinish = true;
-            row.mayCancel = true;
-            joinPart(row.detail, targetOf(*signal));
-            page.sent.push_back(std::move(row));
-        }
-    }
-
-    void writeForm(PlainPage& page) const {
-        page.isSending = state_.isSending;
-        page.canSend = !waitsForSomebody() && !waitsForRoom();
-        page.choosesRoom =
-            state_.role != DeviceRole::shared && !(state_.device && state_.device->roomId) && page.canSend;
-        const records::Member* me = store::activeMember(state_);
-        for (const records::SignalType* type : store::activeSignalTypes(state_)) {
-            const bool isOpenToAll = !me || !type->senderDepartments || type->senderDepartments->empty();
-            if (isOpenToAll ||
-                std::ranges::find(*type->senderDepartments, me->department) != type->senderDepartments->end()) {
-                page.types.push_back({type->id, type->label});
-            }
-        }
-        page.recipients.push_back({"", word("Anyone")});
-        for (const records::Member* member : store::selectableRecipients(state_)) {
-            page.recipients.push_back({member->id, member->name});
-        }
-    }
-
-    [[nodiscard]] PlainRow rowOf(const records::Signal& signal) const {
-        PlainRow row;
-        row.id = signal.id;
-        const records::Room* room = store::roomById(state_, signal.roomId);
-        row.room = room ? room->name : word("Room");
-        const records::SignalType* type = store::signalTypeById(state_, signal.typeId);
-        row.type = type ? type->label : "";
-        row.color = type && isHexColor(type->color) ? type->color : std::string{fallbackColor};
-        if (const records::Member* requester = store::memberById(state_, signal.requesterId)) {
-            joinPart(row.detail, isolated(requester->name));
-            joinPart(row.detail, departmentLabel(requester->department));
-        }
-        row.note = signal.note.value_or("");
-        row.status = signal.status;
-        row.statusText = statusText(signal);
-        row.since = records::parseServerDate(signal.createdAt);
-        return row;
-    }
-
-    [[nodiscard]] std::string statusText(const records::Signal& signal) const {
-        if (signal.status == records::signal_status::waiting) {
-            return word("Waiting");
-        }
-        return signal.status == records::signal_status::acknowledged ? word("On the way") : signal.status;
-    }
-
-    [[nodiscard]] std::string targetOf(const records::Signal& signal) const {
-        std::string names;
-        const auto add = [&](const std::string& memberId) {
-            if (const records::Member* member = store::memberById(state_, std::string_view{memberId})) {
-                names += (names.empty() ? "" : ", ") + isolated(member->name);
-            }
-        };
-        if (signal.providerIds) {
-            std::ranges::for_each(*signal.providerIds, add);
-        } else if (signal.providerId) {
-            add(*signal.providerId);
-        }
-        return names.empty() ? "" : platform::filled(word("for %@"), {names});
+        page.canSend = true;
     }
 
     const StoreState& state_;
@@ -278,12 +173,20 @@ PlainPage plainPage(const StoreState& state, const platform::StringTable& string
     return PageWriter{state, strings, lastUsedRoom}.write();
 }
 
-std::optional<std::string> sendingRoom(const StoreState& state, const std::string& chosenRoomId) {
-    if (state.role == DeviceRole::shared) {
-        return store::confirmedFlexibleRoomId(state);
+PlainFormPlace formPlace(const StoreState& state) {
+    const auto& person = state.device ? state.device->signedInMemberId : std::nullopt;
+    const auto homeRoomId = state.device ? state.device->roomId : std::nullopt;
+    switch (state.role) {
+        case DeviceRole::room:
+            return {.place = {.fixedRoomId = person ? std::nullopt : homeRoomId, .homeRoomId = homeRoomId},
+                    .key = person.value_or("autonomous-room")};
+        case DeviceRole::shared:
+            return {.place = {.fixedRoomId = store::confirmedFlexibleRoomId(state), .homeRoomId = std::nullopt},
+                    .key = person.value_or("workstation")};
+        case DeviceRole::member:
+            break;
     }
-    const bool hasOwnRoom = state.device && state.device->roomId;
-    return hasOwnRoom || chosenRoomId.empty() ? std::nullopt : std::optional{chosenRoomId};
+    return {};
 }
 
 std::string pairingCodeText(const std::string& typed) {

@@ -2,32 +2,15 @@
 
 #include "platform/clock.h"
 #include "platform/string_table.h"
+#include "screens/compose_form.h"
 #include "store/store_state.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 /// The one page of the window, as plain values: everything that it shows follows from the store's state.
 namespace zelkovanta::screens {
-
-/// One signal in a list.
-struct PlainRow {
-    std::string id;
-    std::string room;
-    std::string type;
-    std::string color;   ///< "#RRGGBB"
-    std::string detail;  ///< who sent it and for whom; may be empty
-    std::string note;
-    std::string status;  ///< the server's word
-    std::string statusText;
-    std::optional<platform::WallTime> since;
-    bool mayAcknowledge = false;
-    bool mayFinish = false;
-    bool mayCancel = false;
-    bool operator==(const PlainRow&) const = default;
-};
 
 struct PlainChoice {
     std::string id;  ///< empty stands for "none of them"
@@ -47,8 +30,6 @@ struct PlainSignIn {
     bool operator==(const PlainSignIn&) const = default;
 };
 
-enum class PlainConnection : std::uint8_t { none, connecting, lost, connected };
-
 struct PlainPage {
     bool isPaired = false;
 
@@ -61,8 +42,6 @@ struct PlainPage {
     // Once paired.
     std::string title;     ///< the room, the person or the station
     std::string subtitle;  ///< what this computer is, and in which office
-    PlainConnection connection = PlainConnection::none;
-    std::string connectionText;
     std::string error;
     std::string hint;          ///< what has to happen before there is something to do here; may be empty
     std::string signedInName;  ///< at a computer where people sign in; may be empty
@@ -71,21 +50,12 @@ struct PlainPage {
 
     bool asksForRoom = false;  ///< somebody at a shared workstation has to say where they are
     std::string confirmedRoomId;
-    std::vector<PlainChoice> rooms;  ///< the active ones, for the two questions after one
+    std::vector<PlainChoice> rooms;  ///< the active ones
 
     bool showsReceived = false;
     bool showsSent = false;
-    std::vector<PlainRow> received;
-    std::vector<PlainRow> sent;
-
-    bool hasStatus = false;    ///< somebody's own availability can be set here
-    std::string memberStatus;  ///< "available", "busy" or "dnd"
 
     bool canSend = false;
-    bool choosesRoom = false;  ///< a signal from here needs a room
-    bool isSending = false;
-    std::vector<PlainChoice> types;
-    std::vector<PlainChoice> recipients;  ///< the first stands for anyone
 
     bool operator==(const PlainPage&) const = default;
 };
@@ -94,8 +64,14 @@ struct PlainPage {
 [[nodiscard]] PlainPage plainPage(const store::StoreState& state, const platform::StringTable& strings,
                                   const records::Room* lastUsedRoom = nullptr);
 
-/// The room that a signal from this computer is sent from; none leaves it to the computer's own.
-[[nodiscard]] std::optional<std::string> sendingRoom(const store::StoreState& state, const std::string& chosenRoomId);
+/// Where a form stands that is opened here, and whose it is: with another key it is another form, and what was typed
+/// into the one before is gone.
+struct PlainFormPlace {
+    ComposePlace place;
+    std::string key;
+    bool operator==(const PlainFormPlace&) const = default;
+};
+[[nodiscard]] PlainFormPlace formPlace(const store::StoreState& state);
 
 /// The line under a sign-in code: how many seconds it will still be there. Empty without a code, and while there is
 /// something else to say. The clock may have been set since the code came.

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 /// A press, with the mouse, the keyboard or a screen reader.
 T.Button {
@@ -16,15 +17,16 @@ T.Button {
     property int kind: AppButton.Plain
     /// What is said aloud where the visible text alone would not tell.
     property string spokenName: text
+    property string symbol: ""
 
     readonly property color fill: {
         switch (kind) {
         case AppButton.Primary:
             return Theme.accent;
         case AppButton.Act:
-            return Theme.dark ? "#3F6FD8" : "#3E6FDB";
+            return Theme.blue;
         case AppButton.Finish:
-            return Theme.dark ? "#247F3E" : "#23803F";
+            return Theme.green;
         default:
             return "transparent";
         }
@@ -57,22 +59,39 @@ T.Button {
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
 
-    contentItem: Text {
-        text: control.text
-        textFormat: Text.PlainText
-        color: control.ink
-        elide: Text.ElideRight
-        font.pixelSize: Theme.captionSize + 1
-        font.weight: Font.DemiBold
-        horizontalAlignment: Text.AlignHCenter
-        verticalAlignment: Text.AlignVCenter
-        Accessible.ignored: true
+    contentItem: Item {
+        implicitWidth: label.implicitWidth + (control.symbol !== "" ? 24 : 0)
+
+        SymbolIcon {
+            x: label.x - 24
+            anchors.verticalCenter: parent.verticalCenter
+            visible: control.symbol !== ""
+            symbol: control.symbol
+            color: control.ink
+        }
+        Text {
+            id: label
+            x: (parent.width - width + (control.symbol !== "" ? 24 : 0)) / 2
+            width: Math.min(implicitWidth, parent.width - (control.symbol !== "" ? 24 : 0))
+            anchors.verticalCenter: parent.verticalCenter
+            text: control.text
+            textFormat: Text.PlainText
+            color: control.ink
+            elide: Text.ElideRight
+            font.pixelSize: Theme.captionSize + 1
+            font.weight: Font.DemiBold
+            Accessible.ignored: true
+        }
     }
 
     background: Rectangle {
         radius: height / 2
         color: control.down ? Qt.darker(control.fill, 1.15) : control.fill
-        border.width: control.visualFocus ? 2 : control.fill.a > 0 ? 0 : 1
-        border.color: control.visualFocus ? Theme.focusRing : control.kind === AppButton.Warn ? Theme.redText : Theme.hairline
+        border.width: control.fill.a > 0 ? 0 : 1
+        border.color: control.kind === AppButton.Warn ? Theme.redText : Theme.hairline
+
+        FocusRing {
+            shown: control.visualFocus
+        }
     }
 }

@@ -14,6 +14,7 @@ T.ComboBox {
     /// Shown while nothing is chosen. Without it something always is.
     property string prompt: ""
     property string selectedId: ""
+    property real popupWidth: width
     readonly property string shownText: currentIndex < 0 ? prompt : displayText
 
     /// A person chose this entry.
@@ -68,13 +69,13 @@ T.ComboBox {
         Accessible.ignored: true
     }
 
-    indicator: Text {
+    indicator: SymbolIcon {
         x: control.width - width - 10
         anchors.verticalCenter: parent?.verticalCenter
-        text: "▾"
+        width: 12
+        height: 12
+        symbol: "chevron.up.chevron.down"
         color: Theme.tertiary
-        font.pixelSize: Theme.textSize
-        Accessible.ignored: true
     }
 
     background: Rectangle {
@@ -93,7 +94,7 @@ T.ComboBox {
         width: ListView.view?.width ?? 0
         implicitHeight: 32
         leftPadding: 10
-        rightPadding: 10
+        rightPadding: 30
         text: name
         highlighted: control.highlightedIndex === index
         focusPolicy: Qt.StrongFocus
@@ -113,12 +114,22 @@ T.ComboBox {
         }
         background: Rectangle {
             color: entry.highlighted ? Theme.accent : "transparent"
+
+            SymbolIcon {
+                x: parent.width - width - 10
+                anchors.verticalCenter: parent.verticalCenter
+                width: 12
+                height: 12
+                visible: control.currentIndex === entry.index
+                symbol: "checkmark"
+                color: entry.highlighted ? Theme.ink : Theme.primary
+            }
         }
     }
 
     popup: T.Popup {
         y: control.height
-        width: control.width
+        width: control.popupWidth
         height: Math.min(contentItem.implicitHeight + 2, 260)
         margins: 4
         padding: 1

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 /// One line of typed text.
 T.TextField {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 T.ScrollBar {
     id: control

@@ -1,4 +1,5 @@
 import QtQuick
+import ZelkoVanta.Screens
 
 /// Small text in one line, which takes no room while it is empty.
 Words {

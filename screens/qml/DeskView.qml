@@ -2,12 +2,17 @@ import QtQuick
 import QtQuick.Layouts
 import ZelkoVanta.Screens
 
-/// A paired computer: who it is, how it is connected, its queues, and a form to send from.
+/// A paired computer: who it is, how it is connected, its queues, and the way to a form.
 ColumnLayout {
     id: desk
 
     required property PageModel page
     required property bool inSight
+
+    /// The keyboard is back from a form.
+    function comeBack() {
+        fab.forceActiveFocus(Qt.OtherFocusReason);
+    }
 
     spacing: 0
 
@@ -32,25 +37,17 @@ ColumnLayout {
                 text: desk.page.subtitle
             }
         }
-        AppChoice {
-            id: status
-            Layout.preferredWidth: 136
-            visible: desk.page.hasStatus
-            label: qsTr("Your status")
-            choices: desk.page.statuses
-            onChosen: choiceId => {
-                desk.page.setStatus(choiceId);
-                // What is shown is what the office says.
-                show(desk.page.memberStatus);
-            }
-            Component.onCompleted: show(desk.page.memberStatus)
+        MemberStatusControl {
+            screen: desk.page.queue
         }
     }
-    ConnectionLine {
+    ConnectionBanner {
         Layout.fillWidth: true
         Layout.leftMargin: Theme.margin
         Layout.rightMargin: Theme.margin
-        page: desk.page
+        text: desk.page.queue.bannerText
+        spins: desk.page.queue.bannerSpins
+        inSight: desk.inSight && desk.visible
     }
     RowLayout {
         Layout.margins: Theme.margin
@@ -98,13 +95,25 @@ ColumnLayout {
         page: desk.page
         inSight: desk.inSight && desk.visible
     }
-    SignalLists {
+    QueueLists {
         Layout.fillWidth: true
         Layout.fillHeight: true
         Layout.margins: Theme.margin
+        Layout.bottomMargin: 0
         visible: !desk.page.asksForSignIn
-        page: desk.page
-        inSight: desk.inSight
+        screen: desk.page.queue
+        showsReceived: desk.page.showsReceived
+        showsSent: desk.page.showsSent
+        inSight: desk.inSight && desk.visible
+        room: 72
+
+        ComposeFab {
+            id: fab
+            x: parent.width - width - 16 + Theme.margin
+            y: parent.height - height - 16
+            visible: desk.page.canSend
+            onClicked: desk.page.openCompose()
+        }
     }
     Caption {
         Layout.fillWidth: true
@@ -118,11 +127,6 @@ ColumnLayout {
         wrapMode: Text.Wrap
         Accessible.role: Accessible.AlertMessage
     }
-    SendForm {
-        Layout.fillWidth: true
-        visible: desk.page.canSend
-        page: desk.page
-    }
     UnlinkCorner {
         Layout.fillWidth: true
         page: desk.page
@@ -131,7 +135,6 @@ ColumnLayout {
     Connections {
         target: desk.page
         function onPageChanged() {
-            status.show(desk.page.memberStatus);
             station.show(desk.page.confirmedRoomId);
         }
     }

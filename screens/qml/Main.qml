@@ -21,9 +21,36 @@ Window {
         page: window.page
     }
     DeskView {
+        id: desk
         anchors.fill: parent
-        visible: window.page.paired
+        visible: window.page.paired && !form.active
         page: window.page
         inSight: window.inSight
+    }
+    Loader {
+        id: form
+
+        anchors.fill: parent
+        active: false
+    }
+    Shortcut {
+        sequences: ["Ctrl+N"]
+        enabled: window.page.paired && !form.active
+        onActivated: window.page.openCompose()
+    }
+    Connections {
+        target: window.page
+        // The form keeps its model to its own end.
+        function onComposeChanged() {
+            form.active = window.page.compose !== null;
+            if (window.page.compose !== null) {
+                form.setSource("ComposeForm.qml", {
+                    compose: window.page.compose
+                });
+            } else {
+                form.source = "";
+                desk.comeBack();
+            }
+        }
     }
 }

@@ -1,25 +1,23 @@
 import QtQuick
+import ZelkoVanta.Screens
 
 /// How far a signal has come. What still waits for somebody is the only solid one.
 Rectangle {
-    id: chip
+    id: face
 
-    required property string status
-    required property string text
+    required property shownChip chip
 
-    readonly property bool waiting: status === "waiting"
-
-    implicitWidth: label.implicitWidth + 16
-    implicitHeight: label.implicitHeight + 8
+    implicitWidth: Math.ceil(label.implicitWidth) + 2 * (chip.prominent ? 11 : 8)
+    implicitHeight: Math.ceil(label.implicitHeight) + 2 * (chip.prominent ? 6 : 3)
     radius: height / 2
-    color: waiting ? Theme.accent : status === "acknowledged" ? "#295789F2" : "#298A8170"
+    color: Theme.dark ? chip.fill.dark : chip.fill.light
 
     Words {
         id: label
         anchors.centerIn: parent
-        text: chip.text
-        color: chip.waiting ? Theme.ink : chip.status === "acknowledged" ? Theme.blueText : Theme.secondary
-        font.pixelSize: Theme.captionSize
+        text: face.chip.text
+        color: Theme.dark ? face.chip.ink.dark : face.chip.ink.light
+        font.pixelSize: face.chip.prominent ? Theme.textSize : Theme.captionSize
         font.weight: Font.DemiBold
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import ZelkoVanta.Screens
 
 /// A text that is read out as it stands, from the left whatever direction a name in it has.
 Text {

@@ -1,16 +1,10 @@
 #include "screens/qml/page_model.h"
 
 #include "platform/task.h"
-#include "records/device_role.h"
-#include "screens/wait_time.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <optional>
 #include <utility>
 #include <variant>
-#include <vector>
 
 #include <QPointer>
 
@@ -23,25 +17,22 @@ platform::WallTime momentOf(double milliseconds) {
     return platform::WallTime{round<microseconds>(duration<double, std::milli>(milliseconds))};
 }
 
-std::optional<platform::WallTime> beginningOf(double milliseconds) {
-    return std::isnan(milliseconds) ? std::nullopt : std::optional{momentOf(milliseconds)};
-}
-
 }  // namespace
 
-PageModel::PageModel(std::shared_ptr<store::AppStore> store, platform::Executor main, const platform::Clock& clock,
-                     const platform::StringTable& strings)
-    : store_(std::move(store)), main_(std::move(main)), clock_(clock), strings_(strings) {
-    statuses_.setChoices(
-        {{std::string{records::rawValue(records::MemberStatus::available)}, strings_.localized("Available")},
-         {std::string{records::rawValue(records::MemberStatus::busy)}, strings_.localized("Busy")},
-         {std::string{records::rawValue(records::MemberStatus::dnd)}, strings_.localized("Do not disturb")}});
+PageModel::PageModel(std::shared_ptr<store::AppStore> store, const PagePorts& ports)
+    : store_(std::move(store)), ports_(ports), queue_(store_, ports.main, ports.clock, ports.strings) {
     refresh();
     observation_ = store_->observe([this](const store::StoreChanges&) { refresh(); });
 }
 
 void PageModel::refresh() {
-    PlainPage page = plainPage(store_->state(), strings_, store_->lastUsedFlexibleRoom());
+    PlainPage page = plainPage(store_->state(), ports_.strings, store_->lastUsedFlexibleRoom());
+    if (compose_ != nullptr && !page.canSend) {
+        closeCompose();
+    } else if (compose_ != nullptr && formPlace(store_->state()) != composePlace_) {
+        closeCompose();
+        openCompose();
+    }
     if (page == page_) {
         return;
     }
@@ -56,43 +47,34 @@ void PageModel::refresh() {
     if (before.isPaired != page_.isPaired) {
         setPairingForm({.code = {}, .isBusy = pairingForm_.isBusy, .error = {}});
     }
-    types_.setChoices(page_.types);
-    recipients_.setChoices(page_.recipients);
     rooms_.setChoices(page_.rooms);
     Q_EMIT pageChanged();
-    received_.setRows(page_.received);
-    sent_.setRows(page_.sent);
 }
 
 QByteArray PageModel::setupImage() const {
     return QByteArray::fromStdString(page_.setupImage.value_or(""));
 }
 
-void PageModel::act(const QString& signalId, std::string_view action) {
-    const auto& signalList = store_->state().signals;
-    const auto found = std::ranges::find(signalList, signalId.toStdString(), &records::Signal::id);
-    if (found == signalList.end()) {
+void PageModel::openCompose() {
+    if (compose_ != nullptr || !plainPage(store_->state(), ports_.strings).canSend) {
         return;
     }
-    platform::startTask(main_, [store = store_, signal = *found, action = std::string{action}] {
-        return store->actOnSignal(signal, action);
-    });
+    composePlace_ = formPlace(store_->state());
+    const ComposePorts ports{.main = ports_.main,
+                             .defaults = ports_.defaults,
+                             .notes = ports_.notes,
+                             .crash = ports_.crash,
+                             .strings = ports_.strings};
+    compose_ = new ComposeModel(store_, ports, composePlace_.place);
+    compose_->setParent(this);
+    connect(compose_, &ComposeModel::closed, this, &PageModel::closeCompose);
+    Q_EMIT composeChanged();
 }
 
-void PageModel::send(const QString& typeId, const QString& recipientId, const QString& roomId, const QString& note) {
-    std::vector<std::string> recipients;
-    if (!recipientId.isEmpty()) {
-        recipients.push_back(recipientId.toStdString());
-    }
-    platform::startTask(main_,
-                        [self = QPointer{this}, store = store_, type = typeId.toStdString(), text = note.toStdString(),
-                         recipients = std::move(recipients),
-                         room = sendingRoom(store_->state(), roomId.toStdString())]() -> platform::Awaitable<void> {
-                            co_await store->sendSignal(type, text, room, recipients, std::nullopt);
-                            if (self && !store->state().lastError) {
-                                Q_EMIT self->signalSent();
-                            }
-                        });
+void PageModel::closeCompose() {
+    // It may be what is calling.
+    std::exchange(compose_, nullptr)->deleteLater();
+    Q_EMIT composeChanged();
 }
 
 void PageModel::typePairingCode(const QString& typed) {
@@ -109,7 +91,7 @@ void PageModel::pair() {
     }
     setPairingForm(whenBegun(pairingForm_));
     platform::startTask(
-        main_, [self = QPointer{this}, store = store_, code = pairingForm_.code]() -> platform::Awaitable<void> {
+        ports_.main, [self = QPointer{this}, store = store_, code = pairingForm_.code]() -> platform::Awaitable<void> {
             const auto result = co_await store->redeemPairingCode(code);
             if (!self) {
                 co_return;
@@ -130,17 +112,11 @@ void PageModel::lookAtSignInCode(bool looking) {
 }
 
 QString PageModel::signInCountdown(double now) const {
-    return shown(screens::signInCountdown(page_.signIn, momentOf(now), strings_));
+    return shown(screens::signInCountdown(page_.signIn, momentOf(now), ports_.strings));
 }
 
 QByteArray PageModel::signInImage() const {
     return QByteArray::fromStdString(page_.signIn.image.value_or(""));
-}
-
-void PageModel::setStatus(const QString& status) {
-    if (const auto known = records::memberStatusFromRawValue(status.toStdString())) {
-        platform::startTask(main_, [store = store_, value = *known] { return store->setMemberStatus(value); });
-    }
 }
 
 void PageModel::chooseRoom(const QString& roomId) {
@@ -148,24 +124,16 @@ void PageModel::chooseRoom(const QString& roomId) {
 }
 
 void PageModel::signOut() {
-    platform::startTask(main_, [store = store_] { return store->signOutStation(); });
+    platform::startTask(ports_.main, [store = store_] { return store->signOutStation(); });
 }
 
 void PageModel::unlink() {
-    platform::startTask(main_, [store = store_] { return store->unlinkComputer(); });
+    platform::startTask(ports_.main, [store = store_] { return store->unlinkComputer(); });
 }
 
 double PageModel::now() const {
     using namespace std::chrono;
-    return duration<double, std::milli>(clock_.wallNow().time_since_epoch()).count();
-}
-
-QString PageModel::waitTime(double since, double now) const {
-    return shown(waitTimeText(beginningOf(since), momentOf(now)));
-}
-
-bool PageModel::isLongWait(double since, double now) const {
-    return screens::isLongWait(beginningOf(since), momentOf(now));
+    return duration<double, std::milli>(ports_.clock.wallNow().time_since_epoch()).count();
 }
 
 }  // namespace zelkovanta::screens::qml

@@ -5,11 +5,11 @@
 #include "platform/string_table.h"
 #include "screens/plain_page.h"
 #include "screens/qml/choice_model.h"
-#include "screens/qml/row_model.h"
+#include "screens/qml/compose_model.h"
+#include "screens/qml/queue_screen.h"
 #include "store/app_store.h"
 
 #include <memory>
-#include <string_view>
 
 #include <QByteArray>
 #include <QObject>
@@ -18,8 +18,17 @@
 
 namespace zelkovanta::screens::qml {
 
-/// The page as QML reads it, and the presses on it as operations of the store. Main thread. The clock and the table of
-/// texts must outlive it.
+/// What the page needs of the host and of what stands beside the store. The references must outlive it.
+struct PagePorts {
+    platform::Executor main;
+    const platform::Clock& clock;
+    const platform::StringTable& strings;
+    platform::UserDefaults& defaults;
+    store::NoteRegistry& notes;
+    store::CrashSession& crash;
+};
+
+/// The page as QML reads it, and the presses on it as operations of the store. Main thread.
 class PageModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -32,9 +41,6 @@ class PageModel : public QObject {
     Q_PROPERTY(QString setupError READ setupError NOTIFY pageChanged)
     Q_PROPERTY(QString title READ title NOTIFY pageChanged)
     Q_PROPERTY(QString subtitle READ subtitle NOTIFY pageChanged)
-    Q_PROPERTY(QString connectionText READ connectionText NOTIFY pageChanged)
-    Q_PROPERTY(bool connected READ connected NOTIFY pageChanged)
-    Q_PROPERTY(bool connectionLost READ connectionLost NOTIFY pageChanged)
     Q_PROPERTY(QString error READ error NOTIFY pageChanged)
     Q_PROPERTY(QString hint READ hint NOTIFY pageChanged)
     Q_PROPERTY(QString signedInName READ signedInName NOTIFY pageChanged)
@@ -50,25 +56,18 @@ class PageModel : public QObject {
     Q_PROPERTY(QString confirmedRoomId READ confirmedRoomId NOTIFY pageChanged)
     Q_PROPERTY(bool showsReceived READ showsReceived NOTIFY pageChanged)
     Q_PROPERTY(bool showsSent READ showsSent NOTIFY pageChanged)
-    Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY pageChanged)
-    Q_PROPERTY(QString memberStatus READ memberStatus NOTIFY pageChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY pageChanged)
-    Q_PROPERTY(bool choosesRoom READ choosesRoom NOTIFY pageChanged)
-    Q_PROPERTY(bool sending READ sending NOTIFY pageChanged)
     Q_PROPERTY(QString pairingCode READ pairingCode NOTIFY pairingFormChanged)
     Q_PROPERTY(bool mayPair READ mayPair NOTIFY pairingFormChanged)
     Q_PROPERTY(bool pairing READ pairing NOTIFY pairingFormChanged)
     Q_PROPERTY(QString pairingError READ pairingError NOTIFY pairingFormChanged)
-    Q_PROPERTY(zelkovanta::screens::qml::RowModel* received READ received CONSTANT)
-    Q_PROPERTY(zelkovanta::screens::qml::RowModel* sent READ sent CONSTANT)
-    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* types READ types CONSTANT)
-    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* recipients READ recipients CONSTANT)
+    Q_PROPERTY(zelkovanta::screens::qml::QueueScreen* queue READ queue CONSTANT)
+    /// Null while no form is open.
+    Q_PROPERTY(zelkovanta::screens::qml::ComposeModel* compose READ compose NOTIFY composeChanged)
     Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* rooms READ rooms CONSTANT)
-    Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* statuses READ statuses CONSTANT)
 
 public:
-    PageModel(std::shared_ptr<store::AppStore> store, platform::Executor main, const platform::Clock& clock,
-              const platform::StringTable& strings);
+    PageModel(std::shared_ptr<store::AppStore> store, const PagePorts& ports);
 
     [[nodiscard]] bool paired() const { return page_.isPaired; }
     [[nodiscard]] QByteArray setupImage() const;
@@ -77,9 +76,6 @@ public:
     [[nodiscard]] QString setupError() const { return shown(page_.setupError); }
     [[nodiscard]] QString title() const { return shown(page_.title); }
     [[nodiscard]] QString subtitle() const { return shown(page_.subtitle); }
-    [[nodiscard]] QString connectionText() const { return shown(page_.connectionText); }
-    [[nodiscard]] bool connected() const { return page_.connection == PlainConnection::connected; }
-    [[nodiscard]] bool connectionLost() const { return page_.connection == PlainConnection::lost; }
     [[nodiscard]] QString error() const { return shown(page_.error); }
     [[nodiscard]] QString hint() const { return shown(page_.hint); }
     [[nodiscard]] QString signedInName() const { return shown(page_.signedInName); }
@@ -95,27 +91,17 @@ public:
     [[nodiscard]] QString confirmedRoomId() const { return shown(page_.confirmedRoomId); }
     [[nodiscard]] bool showsReceived() const { return page_.showsReceived; }
     [[nodiscard]] bool showsSent() const { return page_.showsSent; }
-    [[nodiscard]] bool hasStatus() const { return page_.hasStatus; }
-    [[nodiscard]] QString memberStatus() const { return shown(page_.memberStatus); }
     [[nodiscard]] bool canSend() const { return page_.canSend; }
-    [[nodiscard]] bool choosesRoom() const { return page_.choosesRoom; }
-    [[nodiscard]] bool sending() const { return page_.isSending; }
     [[nodiscard]] QString pairingCode() const { return shown(pairingForm_.code); }
     [[nodiscard]] bool mayPair() const { return pairingForm_.mayPair(); }
     [[nodiscard]] bool pairing() const { return pairingForm_.isBusy; }
     [[nodiscard]] QString pairingError() const { return shown(pairingForm_.error); }
-    [[nodiscard]] RowModel* received() { return &received_; }
-    [[nodiscard]] RowModel* sent() { return &sent_; }
-    [[nodiscard]] ChoiceModel* types() { return &types_; }
-    [[nodiscard]] ChoiceModel* recipients() { return &recipients_; }
+    [[nodiscard]] QueueScreen* queue() { return &queue_; }
+    [[nodiscard]] ComposeModel* compose() const { return compose_; }
     [[nodiscard]] ChoiceModel* rooms() { return &rooms_; }
-    [[nodiscard]] ChoiceModel* statuses() { return &statuses_; }
 
-    Q_INVOKABLE void acknowledge(const QString& signalId) { act(signalId, "acknowledge"); }
-    Q_INVOKABLE void finish(const QString& signalId) { act(signalId, "done"); }
-    Q_INVOKABLE void cancel(const QString& signalId) { act(signalId, "cancel"); }
-    Q_INVOKABLE void send(const QString& typeId, const QString& recipientId, const QString& roomId,
-                          const QString& note);
+    /// Opens a form, where one can be sent from here and none is open.
+    Q_INVOKABLE void openCompose();
     Q_INVOKABLE void typePairingCode(const QString& typed);
     /// Where the cursor stands in the code's own form, when it stood behind `typedBefore`.
     Q_INVOKABLE [[nodiscard]] int pairingCodeCursor(const QString& typedBefore) const;
@@ -123,45 +109,36 @@ public:
     /// Whether the place of the sign-in code is in sight; only then is there one.
     Q_INVOKABLE void lookAtSignInCode(bool looking);
     Q_INVOKABLE [[nodiscard]] QString signInCountdown(double now) const;
-    Q_INVOKABLE void setStatus(const QString& status);
     Q_INVOKABLE void chooseRoom(const QString& roomId);
     Q_INVOKABLE void signOut();
     Q_INVOKABLE void unlink();
 
     /// Milliseconds since 1970.
     Q_INVOKABLE [[nodiscard]] double now() const;
-    /// Both moments in milliseconds since 1970; one that is not a number is none.
-    Q_INVOKABLE [[nodiscard]] QString waitTime(double since, double now) const;
-    Q_INVOKABLE [[nodiscard]] bool isLongWait(double since, double now) const;
 
 Q_SIGNALS:
     void pageChanged();
     void setupImageChanged();
     void signInImageChanged();
     void pairingFormChanged();
-    /// A send ended without an error.
-    void signalSent();
+    void composeChanged();
 
 private:
     static QString shown(const std::string& text) { return QString::fromStdString(text); }
     void refresh();
-    void act(const QString& signalId, std::string_view action);
+    void closeCompose();
     void setPairingForm(PairingForm form);
 
     const std::shared_ptr<store::AppStore> store_;
-    const platform::Executor main_;
-    const platform::Clock& clock_;
-    const platform::StringTable& strings_;
+    const PagePorts ports_;
 
     PlainPage page_;
     PairingForm pairingForm_;
     std::shared_ptr<void> signInCodeViewer_;
-    RowModel received_;
-    RowModel sent_;
-    ChoiceModel types_;
-    ChoiceModel recipients_;
+    QueueScreen queue_;
+    ComposeModel* compose_ = nullptr;  ///< a child of this
+    PlainFormPlace composePlace_;
     ChoiceModel rooms_;
-    ChoiceModel statuses_;
     std::shared_ptr<void> observation_;  ///< last: ends first
 };
 

@@ -1,5 +1,6 @@
 #include <cstdlib>
 
+#include <QFont>
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@ int main(int argc, char** argv) {
     QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
     ::setenv("QSG_RENDER_LOOP", "basic", 1);
     const QGuiApplication application(argc, argv);
+    QGuiApplication::setFont(QFont(QStringLiteral("DejaVu Sans")));
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

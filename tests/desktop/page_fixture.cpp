@@ -2,22 +2,15 @@
 
 #include "screens/qml/registration.h"
 
+#include <optional>
 #include <stdexcept>
 
 #include <QGuiApplication>
-#include <QPalette>
 #include <QtTest/QTest>
 
 namespace zelkovanta::desktop_test {
 
 namespace {
-
-QPalette paletteOf(Appearance appearance) {
-    const bool isDark = appearance == Appearance::dark;
-    QPalette palette{isDark ? QColor{0x30, 0x30, 0x30} : QColor{0xef, 0xef, 0xef},
-                     isDark ? QColor{0x22, 0x22, 0x22} : QColor{0xf4, 0xf4, 0xf4}};
-    return palette;
-}
 
 void collect(QAccessibleInterface* interface, std::vector<Node>& into) {
     if (interface == nullptr || !interface->isValid() || interface->state().invisible) {
@@ -40,9 +33,15 @@ void findRows(QQuickItem* item, std::vector<QQuickItem*>& into) {
 
 }  // namespace
 
-Page::Page(Appearance appearance) {
+platform::linux_host::GettextStringTable textsIn(const std::string& language) {
+    return {ZELKOVANTA_TEST_RESOURCES,
+            [language](const std::string& name) { return name == "LANG" ? std::optional{language} : std::nullopt; }};
+}
+
+Page::Page(Appearance shown, const std::string& language)
+    : appearance(shown == Appearance::dark ? platform::ColorScheme::dark : platform::ColorScheme::light),
+      strings_(textsIn(language)) {
     QAccessible::setActive(true);
-    QGuiApplication::setPalette(paletteOf(appearance));
     QCoreApplication::installTranslator(&translator_);
 }
 
@@ -53,10 +52,15 @@ Page::~Page() {
 }
 
 void Page::open(int width, int height) {
-    model =
-        std::make_unique<screens::qml::PageModel>(computer.store, computer.main.executor(), computer.clock, strings_);
+    model = std::make_unique<screens::qml::PageModel>(computer.store,
+                                                      screens::qml::PagePorts{.main = computer.main.executor(),
+                                                                              .clock = computer.clock,
+                                                                              .strings = strings_,
+                                                                              .defaults = computer.defaults,
+                                                                              .notes = computer.notes,
+                                                                              .crash = computer.crash});
     engine_ = std::make_unique<QQmlApplicationEngine>();
-    screens::qml::registerScreens(*engine_);
+    screens::qml::registerScreens(*engine_, appearance);
     engine_->setInitialProperties({{"page", QVariant::fromValue(model.get())}});
     engine_->load(QUrl{screens::qml::mainWindowUrl});
     if (engine_->rootObjects().isEmpty()) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/string_table.h"
+#include "platform/linux/gettext_string_table.h"
+#include "platform/simulated/simulated_appearance.h"
 #include "screens/qml/page_model.h"
 #include "screens/qml/string_table_translator.h"
 #include "tests/support/store_fixture.h"
@@ -33,10 +34,13 @@ struct Node {
 
 enum class Appearance { light, dark };
 
+/// The texts that the program is installed with, in one language.
+[[nodiscard]] platform::linux_host::GettextStringTable textsIn(const std::string& language);
+
 class Page {
 public:
     /// A computer of its own, not yet launched.
-    explicit Page(Appearance appearance = Appearance::light);
+    explicit Page(Appearance shown = Appearance::light, const std::string& language = "en");
     ~Page();
 
     /// The window over the computer's store, which must have been launched.
@@ -68,11 +72,12 @@ public:
     [[nodiscard]] QQuickItem* rowItem(const std::string& signalId) const;
 
     support::Computer computer;
+    platform::simulated::SimulatedAppearance appearance;
     std::unique_ptr<screens::qml::PageModel> model;
     QQuickWindow* window = nullptr;
 
 private:
-    platform::KeysAsTexts strings_;
+    platform::linux_host::GettextStringTable strings_;
     screens::qml::StringTableTranslator translator_{strings_};
     std::unique_ptr<QQmlApplicationEngine> engine_;
 };

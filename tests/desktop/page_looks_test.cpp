@@ -2,6 +2,8 @@
 
 #include <tuple>
 
+#include <QGuiApplication>
+#include <QPalette>
 #include <gtest/gtest.h>
 
 /// What must hold however the page is filled and sized.
@@ -11,7 +13,7 @@ namespace {
 constexpr auto longName = "Professor Dr. Maximiliane-Alexandra von Hohenstein-Wetterburg zu Oberlangenau";
 constexpr auto hebrewName = "ד״ר אבישג בן־דוד־לוי";
 
-enum class Filled { unpaired, room, person, station, signIn, error };
+enum class Filled { unpaired, room, person, station, signIn, error, form };
 
 void fill(Page& page, Filled filled) {
     auto snapshot = practice([&](records::StateSnapshot& state) {
@@ -50,6 +52,9 @@ void fill(Page& page, Filled filled) {
             snapshot.device.name = longName;
             page.computer.launchWith("shared", snapshot);
             return;
+        case Filled::form:
+            page.computer.launchWith("room", snapshot);
+            return;
         case Filled::error:
             page.computer.launchWith("room", snapshot);
             page.computer.run([](store::AppStore& store) { return store.sendSignal("ready", "", {}, {}, {}); });
@@ -64,9 +69,16 @@ class PageLooks : public testing::TestWithParam<std::tuple<Filled, Appearance, i
 
 INSTANTIATE_TEST_SUITE_P(EveryWay, PageLooks,
                          testing::Combine(testing::Values(Filled::unpaired, Filled::room, Filled::person,
-                                                          Filled::station, Filled::signIn, Filled::error),
+                                                          Filled::station, Filled::signIn, Filled::error, Filled::form),
                                           testing::Values(Appearance::light, Appearance::dark),
                                           testing::Values(320, 360, 1100)));
+
+void open(Page& page, Filled filled, int width) {
+    page.open(width, 600);
+    if (filled == Filled::form) {
+        page.press("Send a request");
+    }
+}
 
 bool takesFocus(const Node& node) {
     return node.state().focusable != 0 && node.role != QAccessible::Window && node.role != QAccessible::Application;
@@ -76,7 +88,7 @@ TEST_P(PageLooks, nothingLeavesTheWindowAndWhatTakesFocusHasAName) {
     const auto [filled, appearance, width] = GetParam();
     Page page(appearance);
     fill(page, filled);
-    page.open(width, 600);
+    open(page, filled, width);
     const QRect frame{page.window->position(), page.window->size()};
     int focusable = 0;
     for (const Node& node : page.nodes()) {
@@ -96,7 +108,7 @@ TEST_P(PageLooks, everyButtonCanBePressedByAScreenReader) {
     const auto [filled, appearance, width] = GetParam();
     Page page(appearance);
     fill(page, filled);
-    page.open(width, 600);
+    open(page, filled, width);
     const auto buttons = page.nodes(QAccessible::Button);
     EXPECT_FALSE(buttons.empty());
     for (const Node& button : buttons) {
@@ -110,7 +122,7 @@ TEST_P(PageLooks, thePageFollowsTheAppearance) {
     const auto [filled, appearance, width] = GetParam();
     Page page(appearance);
     fill(page, filled);
-    page.open(width, 600);
+    open(page, filled, width);
     const QColor corner = page.picture().pixelColor(2, 2);
     EXPECT_EQ(corner, appearance == Appearance::dark ? QColor("#141018") : QColor("#FFFFFF"));
 }
@@ -120,8 +132,21 @@ TEST(PageAppearance, theAppearanceIsFollowedWhileThePageIsShown) {
     fill(page, Filled::room);
     page.open();
     EXPECT_EQ(page.picture().pixelColor(2, 2), QColor("#FFFFFF"));
-    const Page dark(Appearance::dark);
+    page.appearance.become(platform::ColorScheme::dark);
     EXPECT_EQ(page.picture().pixelColor(2, 2), QColor("#141018"));
+}
+
+TEST(PageAppearance, whereTheDesktopSaysNothingItsPaletteDecides) {
+    Page page(Appearance::dark);
+    fill(page, Filled::room);
+    page.open();
+    page.appearance.become(platform::ColorScheme::unknown);
+    EXPECT_EQ(page.picture().pixelColor(2, 2), QColor("#FFFFFF"));
+    const QPalette before = QGuiApplication::palette();
+    QGuiApplication::setPalette(QPalette{QColor{0x30, 0x30, 0x30}, QColor{0x22, 0x22, 0x22}});
+    EXPECT_EQ(page.picture().pixelColor(2, 2), QColor("#141018"));
+    QGuiApplication::setPalette(before);
+    EXPECT_EQ(page.picture().pixelColor(2, 2), QColor("#FFFFFF"));
 }
 
 }  // namespace

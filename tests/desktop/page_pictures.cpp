@@ -1,168 +1,26 @@
-// page_pictures FOLDER: draws the page in the states in which a person meets it, light and dark, narrow and wide.
+// page_pictures FOLDER [LANGUAGE] [SUFFIX]: draws the page in the states in which a person meets it, light and dark, in
+// one language. QT_SCALE_FACTOR makes the pictures larger, and the suffix says so in their names.
 
-#include "records/base64.h"
-#include "tests/desktop/page_fixture.h"
+#include "tests/desktop/page_scenes.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <string>
 
-#include <QBuffer>
 #include <QDir>
+#include <QFont>
 #include <QGuiApplication>
 
-namespace zelkovanta::desktop_test {
 namespace {
 
-records::Signal call(std::string id, std::string room, std::string type, std::string status, std::string createdAt,
-                     std::string note, std::optional<std::string> from = "june",
-                     std::optional<std::string> to = std::nullopt) {
-    return support::makeSignal(std::move(id), [&](records::Signal& signal) {
-        signal.roomId = std::move(room);
-        signal.typeId = std::move(type);
-        signal.status = std::move(status);
-        signal.createdAt = std::move(createdAt);
-        signal.note = std::move(note);
-        signal.requesterId = std::move(from);
-        signal.providerId = std::move(to);
-    });
-}
+using namespace zelkovanta::desktop_test;
 
-records::StateSnapshot busyPractice() {
-    return practice([](records::StateSnapshot& state) {
-        state.signals = {
-            call("a", "room-3", "ready", "waiting", "2024-10-03T23:57:48Z", "Second visit, films are on the screen"),
-            call("b", "room-1", "urgent", "waiting", "2024-10-03T23:59:21Z", ""),
-            call("c", "room-1", "ready", "waiting", "2024-10-03T23:40:00Z", "Please bring the blue folder", "dr-amari",
-                 "dr-voss"),
-            call("d", "room-3", "ready", "acknowledged", "2024-10-03T22:50:10Z", "", std::nullopt, "dr-amari")};
-        state.signals[3].acknowledgedBy = "dr-amari";
-    });
-}
-
-void person(Page& page) {
-    auto snapshot = busyPractice();
-    snapshot.device = support::makeDeviceOfMember("dr-amari");
-    page.computer.launchWith("member", snapshot);
-    page.computer.socket().accept();
-    page.computer.deliverSnapshot(snapshot);
-}
-
-void room(Page& page) {
-    page.computer.launchWith("room", busyPractice());
-}
-
-void emptyRoomOffline(Page& page) {
-    page.computer.launchWith("room", practice());
-    page.computer.socket().fail({});
-    page.computer.settle();
-}
-
-void error(Page& page) {
-    room(page);
-    page.computer.run([](store::AppStore& store) { return store.sendSignal("ready", "", {}, {}, {}); });
-    page.computer.fail("POST", "/signals", platform::TransportCause::refused);
-}
-
-void station(Page& page) {
-    auto snapshot = busyPractice();
-    snapshot.device = support::makeDeviceWithSignIn("dr-amari");
-    snapshot.device.name = "Front desk";
-    page.computer.defaults.memory.setNumber("stationSignInBootTime", page.computer.hostInfo.bootTime());
-    page.computer.defaults.memory.setText("stationSignInAuditSessionId", page.computer.hostInfo.auditSessionId());
-    page.computer.launchWith("shared", snapshot);
-}
-
-void longNames(Page& page) {
-    auto snapshot = busyPractice();
-    const std::string name = "Professor Dr. Maximiliane-Alexandra von Hohenstein-Wetterburg zu Oberlangenau";
-    snapshot.office.name = "Practice of " + name;
-    snapshot.members[0].name = name;
-    snapshot.members[1].name = "ד״ר אבישג בן־דוד־לוי";
-    snapshot.members[2].name = "د. ليلى العامري";
-    snapshot.rooms[0].name = "חדר טיפולים מספר אחת";
-    snapshot.rooms[1].name = "Sterilisation and instrument preparation, second floor, left";
-    snapshot.signalTypes[0].label = "The patient has been prepared and is waiting";
-    snapshot.signals[0].note = name + ", " + name + ", " + name;
-    snapshot.device = support::makeDeviceOfMember("dr-amari");
-    page.computer.launchWith("member", snapshot);
-}
-
-records::QrTokenResponse code() {
-    QImage image(29, 29, QImage::Format_Mono);
-    image.fill(1);
-    for (int y = 2; y < 27; ++y) {
-        for (int x = 2; x < 27; ++x) {
-            image.setPixel(x, y, (x * 7 + y * 13 + x * y) % 3 == 0 ? 0 : 1);
-        }
-    }
-    QByteArray file;
-    QBuffer buffer(&file);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return {.token = "t",
-            .claimToken = "c",
-            .qrData = "d",
-            .qrPng = "data:image/png;base64," + file.toBase64().toStdString(),
-            .expiresAt = "2026-01-02T08:05:00Z"};
-}
-
-void setup(Page& page) {
-    page.computer.launchUnpaired();
-    page.computer.answerWith("POST", "/pair/request", code());
-}
-
-void signIn(Page& page) {
-    auto snapshot = busyPractice();
-    snapshot.device = support::makeDevice();
-    snapshot.device.name = "Front desk";
-    page.computer.launchWith("shared", snapshot);
-    page.computer.socket().accept();
-    page.computer.deliverSnapshot(snapshot);
-}
-
-void setupFailing(Page& page) {
-    page.computer.launchWith("room", practice());
-    page.computer.socket().fail({.closeCode = 4001, .httpStatus = {}});
-    page.computer.settle();
-    page.computer.fail("POST", "/pair/request", platform::TransportCause::refused);
-}
-
-struct Scene {
-    std::string name;
-    std::function<void(Page&)> fill;
-    int width;
-    int height;
-};
-
-int draw(const std::string& folder) {
-    const std::vector<Scene> scenes{{"person", person, 420, 680},
-                                    {"person-wide", person, 1000, 640},
-                                    {"person-narrow", person, 360, 600},
-                                    {"room", room, 420, 680},
-                                    {"room-offline", emptyRoomOffline, 420, 680},
-                                    {"room-error", error, 360, 600},
-                                    {"station", station, 420, 680},
-                                    {"sign-in", signIn, 420, 680},
-                                    {"sign-in-narrow", signIn, 320, 480},
-                                    {"long", longNames, 360, 600},
-                                    {"long-wide", longNames, 1000, 600},
-                                    {"setup", setup, 420, 680},
-                                    {"setup-failing", setupFailing, 360, 600}};
-    for (const Scene& scene : scenes) {
+int drawAll(const std::string& folder, const std::string& language, const std::string& suffix) {
+    for (const Scene& scene : scenes()) {
         for (const auto appearance : {Appearance::light, Appearance::dark}) {
-            Page page(appearance);
-            scene.fill(page);
-            page.open(scene.width, scene.height);
-            // A sign-in code is asked for once its place is in sight.
-            if (page.computer.openRequest("POST", "/devices/me/signin-qr") != nullptr) {
-                page.computer.answerWith("POST", "/devices/me/signin-qr", code());
-                page.settle();
-            }
             const std::string file =
-                folder + "/" + scene.name + (appearance == Appearance::dark ? "-dark.png" : "-light.png");
-            if (!page.picture().save(QString::fromStdString(file))) {
+                folder + "/" + scene.name + (appearance == Appearance::dark ? "-dark" : "-light") + suffix + ".png";
+            if (!draw(scene, appearance, language).save(QString::fromStdString(file))) {
                 std::fprintf(stderr, "%s cannot be written.\n", file.c_str());
                 return EXIT_FAILURE;
             }
@@ -172,15 +30,15 @@ int draw(const std::string& folder) {
 }
 
 }  // namespace
-}  // namespace zelkovanta::desktop_test
 
 int main(int argc, char** argv) {
-    if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
-        std::fprintf(stderr, "Which folder shall the pictures go to? page_pictures FOLDER\n");
+    if (argc < 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+        std::fprintf(stderr, "Which folder shall the pictures go to? page_pictures FOLDER [LANGUAGE] [SUFFIX]\n");
         return EXIT_FAILURE;
     }
     ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
     const QGuiApplication application(argc, argv);
-    return zelkovanta::desktop_test::draw(argv[1]);
+    QGuiApplication::setFont(QFont(QStringLiteral("DejaVu Sans")));
+    return drawAll(argv[1], argc > 2 ? argv[2] : "en", argc > 3 ? argv[3] : "");
 }

@@ -111,7 +111,7 @@ class OnAWire(OnAComputer):
         self.stage.approve("--role", "room", "--room", ROOM)
         window = self.window()
         window.wait_until_it_says(ROOM)
-        window.wait_until_it_says("Connected")
+        window.wait_until_connected()
         return window
 
     def send(self, note, kind="ready"):
@@ -145,11 +145,11 @@ class WhereTheOfficeBreaksOff(OnAWire):
                           "--database", self.stage.database], env=self.stage.environment,
                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).wait()
         self.assertTrue(broken.wait(10))
-        window.wait_until_it_says("No connection. Retrying…")
+        window.wait_until_it_says("Offline, retrying…")
         self.assertTrue(window.says(ROOM))
         self.assert_alive()
         self.bring_the_office_back()
-        window.wait_until_it_says("Connected", 60)
+        window.wait_until_connected(60)
         self.send("second", "urgent")
         window.wait_until_it_says("first")
         window.wait_until_it_says("second")
@@ -157,13 +157,13 @@ class WhereTheOfficeBreaksOff(OnAWire):
     def test_killed_within_a_reply_it_is_found_again_with_what_it_had_accepted_once(self):
         window = self.set_up_over_the_wire()
         broken = self.break_off_in_the_midst(lambda data: data.startswith(b"HTTP/1.1 201"))
-        window.wait_for("text", "Note").write("accepted")
-        window.press("Send")
+        window.open_form("accepted").press()
         self.assertTrue(broken.wait(10))
         window.wait_until_it_says(CUT_OFF)
+        window.press("Cancel")
         self.assert_alive()
         self.bring_the_office_back()
-        window.wait_until_it_says("Connected", 60)
+        window.wait_until_connected(60)
         window.wait_until_it_says("accepted")
         self.assertEqual(self.stage.order("state").count('"accepted"'), 1)
 
@@ -182,7 +182,7 @@ class WhereTheOfficeSaysTooMuchOrTooLittle(OnAWire):
         self.processes.until("the computer opens another socket",
                              lambda: self.wire.upgraded is not socket_of_computer, 30)
         self.assert_alive()
-        window.wait_until_it_says("Connected", 30)
+        window.wait_until_connected(30)
         self.assertTrue(window.says(ROOM))
         self.send("afterwards")
         window.wait_until_it_says("afterwards")
@@ -227,7 +227,7 @@ class WhereSomethingElseAnswers(OnAComputer):
             self.assert_alive()
         self.stage.start_office()
         self.stage.approve("--role", "room", "--room", ROOM)
-        window.wait_until_it_says("Connected", 30)
+        window.wait_until_connected(30)
 
     def test_half_a_reply_is_no_code_and_the_office_is_found_when_it_comes(self):
         self.check_setup_then_office(answer_half)
@@ -250,7 +250,7 @@ class WhereTheKeyStoreIsLocked(OnAComputer):
         window = self.window()
         self.processes.until("the person is asked", lambda: self.visible_windows("Unlock"))
         self.assertTrue(window.says("Set up this computer"))
-        self.assertFalse(window.says("Connected"))
+        self.assertFalse(window.is_connected())
         return window
 
     def start_prompter(self):
@@ -267,7 +267,7 @@ class WhereTheKeyStoreIsLocked(OnAComputer):
         window = self.start_locked()
         self.press("type", "demo")
         self.press("key", "Return")
-        window.wait_until_it_says("Connected")
+        window.wait_until_connected()
         window.wait_until_it_says(ROOM)
         self.assertEqual(self.stage.order("waiting"), "")
 
@@ -319,7 +319,7 @@ class WhereTheDiskIsFull(OnAComputer):
         for _ in range(2):
             self.start()
             window = self.window()
-            window.wait_until_it_says("Connected")
+            window.wait_until_connected()
             window.wait_until_it_says(ROOM)
             status, _ = self.end()
             self.assertEqual(status, 0, self.processes.log_of("desk"))

@@ -111,7 +111,7 @@ class OnAComputer(unittest.TestCase):
         self.device = self.stage.approve("--role", "room", "--room", ROOM)
         window = self.window()
         window.wait_until_it_says(ROOM)
-        window.wait_until_it_says("Connected")
+        window.wait_until_connected()
         return window
 
     def visible_windows(self, title="ZelkoVanta"):
@@ -203,7 +203,7 @@ class ItsPairing(OnAComputer):
         self.end()
         self.start()
         window = self.window()
-        window.wait_until_it_says("Connected")
+        window.wait_until_connected()
         window.wait_until_it_says(ROOM)
 
     def test_outlives_a_start_without_the_office(self):
@@ -212,9 +212,9 @@ class ItsPairing(OnAComputer):
         self.stage.kill_office()
         self.start()
         window = self.window()
-        window.wait_until_it_says("No connection. Retrying…")
+        window.wait_until_it_says("Offline, retrying…")
         self.stage.start_office()
-        window.wait_until_it_says("Connected")
+        window.wait_until_connected()
         window.wait_until_it_says(ROOM)
 
     def test_ends_with_a_reason_when_the_office_revokes_it(self):
@@ -246,7 +246,7 @@ class WhereNoOfficeAnswers(OnAComputer):
             self.assert_alive()
         self.stage.start_office()
         self.stage.approve("--role", "room", "--room", ROOM)
-        window.wait_until_it_says("Connected", 30)
+        window.wait_until_connected(30)
 
     def test_html_is_no_code_and_the_office_is_found_when_it_comes(self):
         self.check_setup_then_office(answer_html)
@@ -264,18 +264,19 @@ class WhereNoOfficeAnswers(OnAComputer):
             window.wait_until_it_says(words)
             self.assertTrue(window.says(ROOM))
             self.assertFalse(window.says("Set up this computer"))
-            window.press("Send")
+            window.open_form().press()
             window.wait_until_it_says(failure, 30)
+            window.press("Cancel")
             self.assert_alive()
         self.stage.start_office()
-        window.wait_until_it_says("Connected", 60)
+        window.wait_until_connected(60)
 
     def test_a_paired_computer_lives_through_html(self):
-        self.check_connection_then_office(answer_html, "No connection. Retrying…",
+        self.check_connection_then_office(answer_html, "Offline, retrying…",
                                           "Unexpected response from the server.")
 
     def test_a_paired_computer_lives_through_garbage(self):
-        self.check_connection_then_office(answer_garbage, "No connection. Retrying…",
+        self.check_connection_then_office(answer_garbage, "Offline, retrying…",
                                           "Something other than the ZelkoVanta server answered. "
                                           "Check the server address.")
 
@@ -340,7 +341,7 @@ class WithoutAKeyStore(OnAComputer):
         code = self.stage.order("code", "--role", "room", "--room", ROOM)
         window.wait_for("text", "Pairing code").write(code)
         window.press("Pair device")
-        window.wait_until_it_says("Connected")
+        window.wait_until_connected()
         window.wait_until_it_says(ROOM)
         status, took = self.end()
         self.assertEqual(status, 0, self.processes.log_of("desk"))

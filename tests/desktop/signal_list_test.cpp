@@ -1,7 +1,6 @@
 #include "tests/desktop/page_fixture.h"
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -46,17 +45,6 @@ protected:
     Page page;
 };
 
-TEST_F(SignalList, aWaitIsCountedFromATimeBefore1970AndNotFromOneThatIsNone) {
-    open({call("a", "1969-12-31T00:00:00Z"), call("b", "some day")});
-    const double start = -86'400'000;
-    EXPECT_EQ(page.model->waitTime(start, start + 61'000), "1:01");
-    EXPECT_FALSE(page.model->isLongWait(start, start));
-    EXPECT_EQ(page.model->waitTime(std::nan(""), 61'000), "0:00");
-    EXPECT_FALSE(page.model->isLongWait(std::nan(""), 1e12));
-    EXPECT_EQ(page.rowItem("a")->property("since").toDouble(), start);
-    EXPECT_TRUE(std::isnan(page.rowItem("b")->property("since").toDouble()));
-}
-
 TEST_F(SignalList, rowsKeepTheirItemsWhileOthersComeGoAndOvertake) {
     open({call("a", "2026-01-02T08:00:01Z"), call("b", "2026-01-02T08:00:02Z"), call("c", "2026-01-02T08:00:03Z")});
     QQuickItem* const b = page.rowItem("b");
@@ -93,9 +81,8 @@ TEST_F(SignalList, theFocusStaysOnItsRow) {
 TEST_F(SignalList, waitsAreCountedInWholeSeconds) {
     open({call("a", "2024-10-04T00:00:00Z")});
     // The simulated day begins 20,000 days after 1970, on 2024-10-04.
-    QQuickItem* const list = page.rowItem("a")->parentItem()->parentItem();
     const auto tick = [&] {
-        QMetaObject::invokeMethod(list, "keepTime");
+        page.model->queue()->sent()->tick();
         page.settle();
     };
     tick();
@@ -110,6 +97,9 @@ TEST_F(SignalList, waitsAreCountedInWholeSeconds) {
 
 TEST_F(SignalList, theClockOfAListRunsOnlyWhileARowCanBeSeen) {
     open({});
+    page.computer.socket().accept();
+    page.computer.deliverSnapshot(practice());
+    page.settle();
     const auto runningClocks = [&] {
         int running = 0;
         for (QObject* object : page.window->findChildren<QObject*>()) {
@@ -131,6 +121,53 @@ TEST_F(SignalList, theClockOfAListRunsOnlyWhileARowCanBeSeen) {
     page.window->showMinimized();
     page.settle();
     EXPECT_EQ(runningClocks(), 0);
+}
+
+TEST_F(SignalList, aSignalThatOvertakesIsAlsoReadFirst) {
+    open({call("a", "2026-01-02T08:00:01Z"), call("b", "2026-01-02T08:00:02Z")});
+    page.computer.deliverCreated(urgentCall("u"));
+    page.settle();
+    std::vector<std::string> read;
+    for (const Node& row : page.nodes(QAccessible::ListItem)) {
+        read.push_back(row.name);
+    }
+    EXPECT_EQ(read, (std::vector<std::string>{"Room 3, Urgent, Waiting", "Room 3, Patient ready, Waiting",
+                                              "Room 3, Patient ready, Waiting"}));
+    // The keyboard goes the same way: the first row's button comes first.
+    QQuickItem* const u = page.rowItem("u");
+    for (int presses = 0; presses < 20; ++presses) {
+        page.key(Qt::Key_Tab);
+        QQuickItem* const focused = page.window->activeFocusItem();
+        if (focused != nullptr && page.rowItem("a")->isAncestorOf(focused)) {
+            FAIL() << "the second row came first";
+        }
+        if (focused != nullptr && u->isAncestorOf(focused)) {
+            return;
+        }
+    }
+    FAIL() << "the keyboard never came to the list";
+}
+
+TEST_F(SignalList, theArrowsGoFromRowToRowAndBringItIntoSight) {
+    std::vector<records::Signal> many;
+    for (int number = 0; number < 30; ++number) {
+        many.push_back(call("call-" + std::to_string(1000 + number)));
+    }
+    open(many, 680);
+    page.node(QAccessible::Button, "Mark completed")
+        .interface->actionInterface()
+        ->doAction(QAccessibleActionInterface::setFocusAction());
+    page.settle();
+    for (int row = 1; row < 30; ++row) {
+        page.key(Qt::Key_Down);
+        QQuickItem* const item = page.rowItem("call-" + std::to_string(1000 + row));
+        ASSERT_NE(item, nullptr) << row;
+        ASSERT_NE(page.window->activeFocusItem(), nullptr);
+        EXPECT_TRUE(item->isAncestorOf(page.window->activeFocusItem())) << row;
+        EXPECT_LE(item->mapToScene({0, item->height()}).y(), page.window->height()) << row;
+    }
+    page.key(Qt::Key_Up);
+    EXPECT_TRUE(page.rowItem("call-1028")->isAncestorOf(page.window->activeFocusItem()));
 }
 
 TEST_F(SignalList, aLongListMakesOnlyTheRowsThatAreSeen) {

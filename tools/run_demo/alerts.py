@@ -25,16 +25,15 @@ class Alerts:
         self.open_window_and_finish()
         self.take_back()
 
-    def send(self, what, seen):
-        send = self.room.wait_for("push button", "Send")
+    def send(self, what, seen, note=None):
+        send = self.room.open_form(note)
         before = len(self.desktop.posts())
         self.step(what, send.press, lambda: self.desktop.find(CALL, before) and seen())
         return self.desktop.find(CALL, before)
 
     def raise_call(self):
         heard = len(self.desktop.heard())
-        self.room.wait_for("text", "Note").write(NOTE)
-        call = self.send(f"{ROOM} sends; {PROVIDER}'s desktop shows it in the practice's words", lambda: True)
+        call = self.send(f"{ROOM} sends; {PROVIDER}'s desktop shows it in the practice's words", lambda: True, NOTE)
         self.step("it carries the note", watch, lambda: NOTE in call.text)
         self.step("it has two buttons", watch, lambda: {"ONMYWAY": "On my way", "DONE": "Done"}.items() <=
                   call.buttons.items() and len(call.buttons) == 3)  # and the click on itself

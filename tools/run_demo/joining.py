@@ -61,8 +61,8 @@ class Joining:
     def become_room(self, console, window, request):
         approve = console.placement(request, "room", name=ROOM, room=ROOM)
         self.step(f"the admin makes the first {ROOM}'s computer; its window says so", approve.click,
-                  lambda: window.says(ROOM) and window.find("push button", "Send"))
-        self.step("it is connected", watch, lambda: window.says("Connected"))
+                  lambda: window.says(ROOM) and window.find("push button", "Send a request"))
+        self.step("it is connected", watch, window.is_connected)
 
     def become_station(self, console, window, request):
         approve = console.placement(request, "shared", name=STATION)
@@ -79,16 +79,17 @@ class Joining:
         window.press("Current room", "combo box")
         entry = window.wait_for("list item", ROOM)
         self.step(f"{PROVIDER} says to be in {ROOM}; the workstation can send", entry.press,
-                  lambda: window.find("push button", "Send"))
+                  lambda: window.find("push button", "Send a request"))
         self.stage.take_picture("signed-in")
 
     def send_from_station(self, console, station, room):
         station.press("Sent")
         sent, in_room = station.list("Sent"), room.list("Sent")
-        self.step(f"it sends; the computer of {ROOM} shows the call too", lambda: station.press("Send"),
-                  lambda: in_room.has_row(f"{ROOM}, Ready for doctor, Waiting"))
+        send = station.open_form()
+        self.step(f"it sends; the computer of {ROOM} shows the call too", send.press,
+                  lambda: in_room.has_row(f"{ROOM}, Patient ready, Waiting"))
         self.step("so does the workstation itself", watch,
-                  lambda: sent.has_row(f"{ROOM}, Ready for doctor, Waiting"))
+                  lambda: sent.has_row(f"{ROOM}, Patient ready, Waiting"))
         console.pick_up_phone(COLLEAGUE)
         button = self.processes.until("the call rings", lambda: console.call_button("acknowledge"))
         self.step(f"it rings at {COLLEAGUE}, who is on the way; the workstation sees it", button.click,
@@ -114,6 +115,6 @@ class Joining:
         window.wait_for("text", "Pairing code").write(code)
         button = window.wait_for("push button", "Pair device")
         self.step(f"a pairing code is typed; it is the computer of {PROVIDER} now", button.press,
-                  lambda: window.says(PROVIDER) and window.find("push button", "Send"))
-        self.step("it is connected", watch, lambda: window.says("Connected"))
+                  lambda: window.says(PROVIDER) and window.find("push button", "Send a request"))
+        self.step("it is connected", watch, window.is_connected)
         window.press("Received")

@@ -47,17 +47,17 @@ class Road:
                   lambda: self.stage.start_computer(profile), shows_code)
         self.step(f"the office approves it, and it has become {title}",
                   lambda: self.stage.approve(*placement), lambda: window[0].says(title))
-        self.step(f"{title} is connected", watch, lambda: window[0].says("Connected"))
+        self.step(f"{title} is connected", watch, window[0].is_connected)
         return window[0]
 
     def status_seen(self, rows, status):
         return lambda: rows.has_row(status)
 
     def send_and_finish(self):
-        self.room.wait_for("text", "Note").write(NOTE)
-        send = self.room.wait_for("push button", "Send")
-        self.step(f"{ROOM} presses Send; {PROVIDER} sees it",
-                  send.press, lambda: self.received.has_row(f"{ROOM}, Ready for doctor, Waiting"))
+        send = self.room.open_form(NOTE)
+        self.stage.take_picture("form")
+        self.step(f"{ROOM} presses Send signal; {PROVIDER} sees it",
+                  send.press, lambda: self.received.has_row(f"{ROOM}, Patient ready, Waiting"))
         self.step("it carries the note", watch, lambda: NOTE in self.received.texts_of_row(ROOM))
         self.step("its wait timer runs", watch, self.timer_has_moved())
         self.step(f"{ROOM} shows it as sent", watch, self.status_seen(self.sent, "Waiting"))
@@ -86,15 +86,18 @@ class Road:
     def both_say(self, text):
         return lambda: self.room.says(text) and self.provider.says(text)
 
+    def both_connected(self):
+        return self.room.is_connected() and self.provider.is_connected()
+
     def lose_the_office(self):
         self.step("the office is killed; both computers say so",
-                  self.stage.kill_office, self.both_say("No connection. Retrying…"), 30)
+                  self.stage.kill_office, self.both_say("Offline, retrying…"), 30)
         self.stage.take_picture("no-connection")
         self.step("the office is started again; both come back by themselves",
-                  self.stage.start_office, self.both_say("Connected"), 60)
+                  self.stage.start_office, self.both_connected, 60)
 
     def send_once_more(self):
-        send = self.room.wait_for("push button", "Send")
+        send = self.room.open_form()
         self.step(f"{ROOM} sends again; {PROVIDER} sees it",
-                  send.press, lambda: self.received.has_row(f"{ROOM}, Ready for doctor, Waiting"))
+                  send.press, lambda: self.received.has_row(f"{ROOM}, Patient ready, Waiting"))
         self.stage.take_picture("both-windows")

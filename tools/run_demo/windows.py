@@ -9,6 +9,8 @@ ACCESSIBLE = "org.a11y.atspi.Accessible"
 ACTION = "org.a11y.atspi.Action"
 INVISIBLE_ROLES = {"scroll bar"}
 PICTURE_ROLES = {"graphic", "icon", "image"}
+IN_AN_OFFICE = "Unlink this computer"
+NO_CONNECTION = {"Connecting…", "Offline, retrying…", "Not connected"}
 STATE_SHOWING = 25
 STATE_VISIBLE = 30
 
@@ -104,6 +106,22 @@ class Window:
 
     def wait_until_it_says(self, text, limit=20.0):
         return self.processes.until(f'{self.process.name} says "{text}"', lambda: self.says(text), limit)
+
+    def is_connected(self):
+        """It stands in an office, and says nothing of a connection that is not there."""
+        names = [name for role, name, _ in self.nodes() if role not in INVISIBLE_ROLES]
+        return any(name.startswith(IN_AN_OFFICE) for name in names) and not any(name in NO_CONNECTION for name in names)
+
+    def wait_until_connected(self, limit=20.0):
+        return self.processes.until(f"{self.process.name} is connected", self.is_connected, limit)
+
+    def open_form(self, note=None):
+        """A form to send with, as it opens; gives the button that sends."""
+        self.press("Send a request")
+        field = self.wait_for("text", "Note")
+        if note is not None:
+            field.write(note)
+        return self.wait_for("push button", "Send signal")
 
     def shows_picture(self, name):
         return any(self.find(role, name) for role in PICTURE_ROLES)

@@ -1,0 +1,67 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import ZelkoVanta.Screens
+
+/// The form in which a signal is made. Escape leaves it, Control and Return send from everywhere in it.
+FocusScope {
+    id: form
+
+    required property ComposeModel compose
+
+    focus: true
+    Accessible.role: Accessible.Form
+    Accessible.name: compose.title
+
+    Keys.onEscapePressed: compose.cancel()
+    Keys.onPressed: event => {
+        const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+        if (isReturn && (event.modifiers & Qt.ControlModifier)) {
+            event.accepted = true;
+            form.compose.send();
+        }
+    }
+    Component.onCompleted: back.forceActiveFocus(Qt.OtherFocusReason)
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.page
+    }
+    Item {
+        id: header
+
+        width: parent.width
+        height: 46
+
+        DesktopBackButton {
+            id: back
+            x: 8
+            anchors.verticalCenter: parent.verticalCenter
+            onClicked: form.compose.cancel()
+        }
+        Words {
+            x: 44
+            width: parent.width - x - Theme.margin
+            anchors.verticalCenter: parent.verticalCenter
+            text: form.compose.title
+            font.pixelSize: Theme.headlineSize
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+        }
+    }
+    WhoPicker {
+        id: picker
+
+        anchors.top: header.bottom
+        anchors.bottom: foot.top
+        width: parent.width
+        compose: form.compose
+    }
+    ComposeFoot {
+        id: foot
+
+        anchors.bottom: parent.bottom
+        width: parent.width
+        compose: form.compose
+    }
+}

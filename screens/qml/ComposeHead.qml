@@ -1,0 +1,99 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import ZelkoVanta.Screens
+
+/// Above the people of a form: the room and the kind of signal.
+Item {
+    id: head
+
+    required property ComposeModel compose
+
+    /// The keyboard is between these two heights.
+    signal entered(real top, real bottom)
+
+    implicitHeight: content.height + 12
+
+    Column {
+        id: content
+
+        x: Theme.margin
+        width: head.width - 2 * Theme.margin
+        spacing: 8
+
+        SectionHeader {
+            width: parent.width
+            text: head.compose.roomTitle.toLocaleUpperCase()
+        }
+        Words {
+            width: parent.width
+            visible: !head.compose.choosesRoom
+            text: head.compose.fixedRoom
+            font.weight: Font.DemiBold
+        }
+        AppChoice {
+            id: room
+
+            width: parent.width
+            visible: head.compose.choosesRoom
+            label: head.compose.roomTitle
+            prompt: head.compose.roomPrompt
+            choices: head.compose.rooms
+            onChosen: choiceId => head.compose.chooseRoom(choiceId)
+            onActiveFocusChanged: if (activeFocus)
+                head.entered(0, y + height + 8)
+            Component.onCompleted: show(head.compose.selectedRoomId)
+
+            Connections {
+                target: head.compose
+                function onChanged() {
+                    room.show(head.compose.selectedRoomId);
+                }
+            }
+        }
+        Caption {
+            width: parent.width
+            text: head.compose.roomHint
+            maximumLineCount: 3
+            wrapMode: Text.Wrap
+        }
+        SectionHeader {
+            topPadding: 6
+            width: parent.width
+            text: head.compose.typeTitle.toLocaleUpperCase()
+        }
+        FlowLayout {
+            id: types
+
+            width: parent.width
+            spacing: 8
+            lineSpacing: 8
+            Accessible.role: Accessible.Grouping
+            Accessible.name: head.compose.typeTitle
+
+            Repeater {
+                model: head.compose.types
+
+                TypeChoice {
+                    required property string typeId
+
+                    widest: types.width
+                    onPicked: head.compose.chooseType(typeId)
+                    onActiveFocusChanged: if (activeFocus)
+                        head.entered(types.y + y - 8, types.y + y + height + 8)
+                }
+            }
+        }
+        SectionHeader {
+            topPadding: 6
+            width: parent.width
+            text: head.compose.whoTitle.toLocaleUpperCase()
+        }
+        Caption {
+            width: parent.width
+            text: head.compose.whoExplanation
+            maximumLineCount: 3
+            wrapMode: Text.Wrap
+        }
+    }
+}

@@ -1,0 +1,53 @@
+import QtQuick
+import QtQuick.Templates as T
+import ZelkoVanta.Screens
+
+/// A press on a symbol. It shows no words, so it must have a name.
+T.Button {
+    id: control
+
+    required property string spokenName
+    required property string symbol
+    property color tint: Theme.secondary
+    property color fill: "transparent"
+    property real symbolSize: 16
+    /// Words beside the pointer; none where the symbol is plain enough.
+    property string tip: ""
+
+    implicitWidth: 30
+    implicitHeight: 30
+    focusPolicy: Qt.StrongFocus
+    opacity: enabled ? 1 : 0.45
+    hoverEnabled: true
+
+    Accessible.role: Accessible.Button
+    Accessible.name: spokenName
+    Accessible.onPressAction: if (enabled)
+        clicked()
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    contentItem: Item {
+        SymbolIcon {
+            anchors.centerIn: parent
+            width: control.symbolSize
+            height: control.symbolSize
+            symbol: control.symbol
+            color: control.tint
+        }
+    }
+
+    background: Rectangle {
+        radius: height / 2
+        color: control.fill.a > 0 ? (control.down ? Qt.darker(control.fill, 1.15) : control.fill) : control.down || control.hovered ? Theme.hairline : "transparent"
+        FocusRing {
+            shown: control.visualFocus
+        }
+    }
+
+    Tip {
+        text: control.tip
+        visible: control.tip !== "" && control.hovered && !control.down
+    }
+}

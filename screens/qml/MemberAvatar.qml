@@ -1,0 +1,33 @@
+import QtQuick
+import ZelkoVanta.Screens
+
+/// A member as a disc with initials. The name stands beside it, so it says nothing itself.
+Item {
+    id: avatar
+
+    required property string initials
+    /// Transparent for a member without a colour.
+    required property color disc
+    property real diameter: 28
+    property color ringColor: Theme.page
+
+    implicitWidth: diameter
+    implicitHeight: diameter
+
+    Rectangle {
+        anchors.fill: parent
+        radius: width / 2
+        color: avatar.disc
+        border.width: 1.5
+        border.color: avatar.ringColor
+    }
+    Text {
+        anchors.centerIn: parent
+        text: avatar.initials
+        textFormat: Text.PlainText
+        color: Theme.primary
+        font.pixelSize: Math.max(1, 0.36 * avatar.diameter)
+        font.bold: true
+        Accessible.ignored: true
+    }
+}

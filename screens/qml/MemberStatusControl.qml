@@ -1,0 +1,57 @@
+import QtQuick
+import ZelkoVanta.Screens
+
+/// The menu with which somebody says how they can be reached.
+AppChoice {
+    id: control
+
+    required property QueueScreen screen
+
+    function followOffice() {
+        control.show(control.screen.statusId);
+    }
+
+    label: qsTr("Your status")
+    choices: screen.statuses
+    // What is no status that can be chosen reads as the first, and none of them is current.
+    prompt: screen.statusText
+    visible: screen.hasStatus
+    implicitWidth: face.implicitWidth + 24
+    implicitHeight: 30
+    popupWidth: 180
+    indicator: null
+
+    onChosen: choiceId => {
+        screen.chooseStatus(choiceId);
+        // What is shown is what the office says.
+        followOffice();
+    }
+    Component.onCompleted: followOffice()
+
+    Connections {
+        target: control.screen
+        function onStatusChanged() {
+            control.followOffice();
+        }
+    }
+
+    contentItem: Item {
+        StatusPillLabel {
+            id: face
+            anchors.centerIn: parent
+            dot: control.screen.statusDot
+            text: control.screen.statusText
+            chevron: true
+        }
+    }
+    background: Rectangle {
+        radius: height / 2
+        color: Theme.card
+        border.width: 1
+        border.color: Theme.hairline
+
+        FocusRing {
+            shown: control.visualFocus
+        }
+    }
+}

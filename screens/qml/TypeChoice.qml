@@ -1,0 +1,53 @@
+import QtQuick
+import QtQuick.Templates as T
+import ZelkoVanta.Screens
+
+/// One kind of signal, of which one is chosen.
+T.RadioButton {
+    id: control
+
+    required property string label
+    required property color tint
+    required property bool chosen
+    required property real widest
+
+    signal picked
+
+    checked: chosen
+    implicitWidth: Math.min(widest, Math.ceil(name.implicitWidth) + 20 + 34)
+    implicitHeight: 36
+    horizontalPadding: 10
+    focusPolicy: Qt.StrongFocus
+
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: label
+    Accessible.onPressAction: picked()
+    Accessible.onToggleAction: picked()
+
+    onClicked: picked()
+    Keys.onReturnPressed: picked()
+    Keys.onEnterPressed: picked()
+
+    contentItem: Item {
+        TypeMark {
+            anchors.verticalCenter: parent.verticalCenter
+            scale: 0.85
+            tint: control.tint
+        }
+        Words {
+            id: name
+            x: 34
+            width: parent.width - x
+            anchors.verticalCenter: parent.verticalCenter
+            text: control.label
+            font.weight: control.chosen ? Font.DemiBold : Font.Normal
+            Accessible.ignored: true
+        }
+    }
+    background: PickRowFace {
+        chosen: control.checked
+        down: control.down
+        ringed: control.visualFocus
+        tint: control.tint
+    }
+}

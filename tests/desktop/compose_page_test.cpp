@@ -1,0 +1,250 @@
+#include "tests/desktop/page_fixture.h"
+
+#include <QtTest/QTest>
+#include <gtest/gtest.h>
+
+/// The form, from the button that opens it to its end, with the mouse, the keyboard and a screen reader.
+namespace zelkovanta::desktop_test {
+namespace {
+
+constexpr auto openingButton = "Send a request";
+constexpr auto sendButton = "Send signal";
+
+class ComposePage : public testing::Test {
+protected:
+    void openRoom(const std::function<void(records::StateSnapshot&)>& adjust = [](auto&) {}) {
+        page.computer.launchWith("room", practice(adjust));
+        page.open();
+        page.press(openingButton);
+    }
+    void openProvider() {
+        page.computer.launchWith("member", practice([](records::StateSnapshot& snapshot) {
+                                     snapshot.device = support::makeDeviceOfMember("dr-amari");
+                                 }));
+        page.open();
+        page.press(openingButton);
+    }
+    [[nodiscard]] std::string sent() const {
+        auto* request = page.computer.openRequest("POST", "/signals");
+        return request != nullptr ? request->request.body.value_or("") : "no request";
+    }
+    [[nodiscard]] bool isOpen() const { return page.shows(QAccessible::EditableText, "Note"); }
+    [[nodiscard]] std::string note() const {
+        return page.node(QAccessible::EditableText, "Note").interface->text(QAccessible::Value).toStdString();
+    }
+    [[nodiscard]] bool isChecked(QAccessible::Role role, const std::string& name) const {
+        return page.node(role, name).state().checked;
+    }
+    void pick(const std::string& name) { page.click(page.node(QAccessible::CheckBox, name)); }
+    void writeNote(const std::string& text) {
+        page.click(page.node(QAccessible::EditableText, "Note"));
+        page.type(text);
+    }
+
+    Page page;
+};
+
+TEST_F(ComposePage, aSignalIsMadeWithTheMouse) {
+    openRoom();
+    EXPECT_TRUE(isChecked(QAccessible::RadioButton, "Patient ready"));
+    page.click(page.node(QAccessible::RadioButton, "Urgent"));
+    EXPECT_TRUE(isChecked(QAccessible::RadioButton, "Urgent"));
+    EXPECT_FALSE(isChecked(QAccessible::RadioButton, "Patient ready"));
+    // The form opens with all providers chosen; one stays.
+    pick("Dr. Leila Amari");
+    EXPECT_TRUE(isChecked(QAccessible::CheckBox, "Dr. Henrik Voss"));
+    EXPECT_FALSE(isChecked(QAccessible::CheckBox, "Dr. Leila Amari"));
+    writeNote("Bring the blue folder");
+    page.click(page.node(QAccessible::Button, sendButton));
+    EXPECT_EQ(sent(), R"({"roomId":"room-3","providerId":"dr-voss","typeId":"urgent","note":"Bring the blue folder"})");
+    EXPECT_FALSE(page.node(QAccessible::Button, sendButton).isEnabled());
+    page.computer.answerWith("POST", "/signals", support::makeSignal("call-9"));
+    page.settle();
+    EXPECT_FALSE(isOpen());
+    EXPECT_TRUE(page.shows(QAccessible::Button, openingButton));
+}
+
+TEST_F(ComposePage, theLineBelowSaysWhatWillHappen) {
+    openRoom();
+    EXPECT_TRUE(page.says("Goes to the next available"));
+    pick("Dr. Leila Amari");
+    EXPECT_FALSE(page.says("Goes to the next available"));
+    pick("June Park");
+    EXPECT_TRUE(page.says("Combined call: all 2 get it."));
+    pick("June Park");
+    pick("Dr. Henrik Voss");
+    EXPECT_TRUE(page.says("Pick who should get it."));
+    EXPECT_FALSE(page.node(QAccessible::Button, sendButton).isEnabled());
+}
+
+TEST_F(ComposePage, aSignalIsMadeWithTheKeyboardAlone) {
+    page.computer.launchWith("room", practice());
+    page.open();
+    QTest::keyClick(page.window, Qt::Key_N, Qt::ControlModifier);
+    page.settle();
+    ASSERT_TRUE(isOpen());
+    const auto tabTo = [&](QAccessible::Role role, const std::string& name) {
+        for (int presses = 0; presses < 30; ++presses) {
+            if (page.node(role, name).state().focused) {
+                return true;
+            }
+            page.key(Qt::Key_Tab);
+        }
+        return false;
+    };
+    ASSERT_TRUE(tabTo(QAccessible::RadioButton, "Urgent"));
+    page.key(Qt::Key_Space);
+    EXPECT_TRUE(isChecked(QAccessible::RadioButton, "Urgent"));
+    ASSERT_TRUE(tabTo(QAccessible::CheckBox, "Any "));
+    page.key(Qt::Key_Down);
+    EXPECT_TRUE(page.node(QAccessible::CheckBox, "Dr. Leila Amari").state().focused);
+    page.key(Qt::Key_Space);
+    EXPECT_FALSE(isChecked(QAccessible::CheckBox, "Dr. Leila Amari"));
+    page.key(Qt::Key_Return);
+    EXPECT_TRUE(isChecked(QAccessible::CheckBox, "Dr. Leila Amari"));
+    page.key(Qt::Key_Space);
+    ASSERT_TRUE(tabTo(QAccessible::EditableText, "Note"));
+    page.type("Now");
+    QTest::keyClick(page.window, Qt::Key_Return, Qt::ControlModifier);
+    page.settle();
+    EXPECT_EQ(sent(), R"({"roomId":"room-3","providerId":"dr-voss","typeId":"urgent","note":"Now"})");
+}
+
+TEST_F(ComposePage, aSignalIsMadeByAScreenReader) {
+    openRoom();
+    const auto act = [&](const Node& node, const QString& action) {
+        ASSERT_TRUE(node.interface->actionInterface()->actionNames().contains(action)) << node.name;
+        node.interface->actionInterface()->doAction(action);
+        page.settle();
+    };
+    const QString toggle = QAccessibleActionInterface::toggleAction();
+    act(page.node(QAccessible::CheckBox, "Dr. Leila Amari"), toggle);
+    EXPECT_FALSE(isChecked(QAccessible::CheckBox, "Dr. Leila Amari"));
+    const Node urgent = page.node(QAccessible::RadioButton, "Urgent");
+    act(urgent, urgent.interface->actionInterface()->actionNames().contains(toggle)
+                    ? toggle
+                    : QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(isChecked(QAccessible::RadioButton, "Urgent"));
+    page.press(sendButton);
+    EXPECT_EQ(sent(), R"({"roomId":"room-3","providerId":"dr-voss","typeId":"urgent","note":""})");
+}
+
+TEST_F(ComposePage, aNoteStopsGrowingAtTwoHundredScalars) {
+    openRoom();
+    std::string long199;
+    for (int count = 0; count < 199; ++count) {
+        long199 += "a";
+    }
+    writeNote(long199);
+    // Typed as two units of UTF-16 at once, as a keyboard for such signs does.
+    QTest::sendKeyEvent(QTest::Click, page.window, Qt::Key_unknown, QString::fromUtf8("🦷"), Qt::NoModifier);
+    page.settle();
+    EXPECT_EQ(note(), long199 + "🦷");
+    page.type("b");
+    EXPECT_EQ(note(), long199 + "🦷");
+    // In the middle too: what is beyond the end goes.
+    page.key(Qt::Key_Home);
+    page.type("c");
+    EXPECT_EQ(note(), "c" + long199);
+    page.type("d");
+    EXPECT_EQ(note(), "cd" + long199.substr(1)) << "the cursor stays where it was typed";
+}
+
+TEST_F(ComposePage, aFailureKeepsEverythingAndASecondTryMaySucceed) {
+    openRoom();
+    pick("Dr. Leila Amari");
+    writeNote("Seated");
+    page.key(Qt::Key_Return);
+    page.computer.answer("POST", "/signals", 409, R"({"error":"busy","message":"The office is closed."})");
+    page.settle();
+    EXPECT_TRUE(page.says("The office is closed."));
+    EXPECT_EQ(note(), "Seated");
+    EXPECT_FALSE(isChecked(QAccessible::CheckBox, "Dr. Leila Amari"));
+    page.press(sendButton);
+    page.computer.answerWith("POST", "/signals", support::makeSignal("call-9"));
+    page.settle();
+    EXPECT_FALSE(isOpen());
+    EXPECT_FALSE(page.says("The office is closed."));
+}
+
+TEST_F(ComposePage, escapeTheBackButtonAndCancelLeaveTheForm) {
+    openRoom();
+    page.key(Qt::Key_Escape);
+    EXPECT_FALSE(isOpen());
+    page.press(openingButton);
+    page.press("Back");
+    EXPECT_FALSE(isOpen());
+    page.press(openingButton);
+    writeNote("Never sent");
+    page.key(Qt::Key_Escape);
+    EXPECT_FALSE(isOpen());
+    page.press(openingButton);
+    EXPECT_EQ(note(), "");
+    page.press("Cancel");
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(sent(), "no request");
+    EXPECT_TRUE(page.node(QAccessible::Button, openingButton).state().focused) << "the keyboard is back where it was";
+}
+
+TEST_F(ComposePage, aPersonsComputerAsksForTheRoom) {
+    openProvider();
+    EXPECT_FALSE(page.node(QAccessible::Button, sendButton).isEnabled());
+    page.choose("Room", "Room 1");
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room: Room 1"));
+    page.press(sendButton);
+    EXPECT_NE(sent().find(R"("roomId":"room-1")"), std::string::npos);
+}
+
+TEST_F(ComposePage, escapeInAnOpenListClosesTheListAlone) {
+    openProvider();
+    page.click(page.node(QAccessible::ComboBox, "Room"));
+    ASSERT_TRUE(page.shows(QAccessible::ListItem, "Room 1"));
+    page.key(Qt::Key_Escape);
+    EXPECT_FALSE(page.shows(QAccessible::ListItem, "Room 1"));
+    EXPECT_TRUE(isOpen());
+}
+
+TEST_F(ComposePage, somebodyWhoLeavesTheShiftIsDroppedWhileTheFormIsOpen) {
+    openRoom();
+    pick("Dr. Leila Amari");
+    writeNote("Seated");
+    auto voss = practice().members[1];
+    voss.onShift = false;
+    page.computer.deliverRecord("member.updated", server::server_message::MemberUpdated{voss});
+    page.settle();
+    EXPECT_FALSE(page.shows(QAccessible::CheckBox, "Dr. Henrik Voss"));
+    EXPECT_TRUE(page.says("Pick who should get it."));
+    EXPECT_EQ(note(), "Seated");
+    EXPECT_FALSE(page.node(QAccessible::Button, sendButton).isEnabled());
+}
+
+TEST_F(ComposePage, anotherPersonGetsAnotherForm) {
+    openRoom();
+    writeNote("Not for others");
+    page.computer.deliverSessionStarted(practice([](records::StateSnapshot& snapshot) {
+                                            snapshot.device = support::makeDeviceOfRoom("room-3");
+                                            snapshot.device.signedInMemberId = "dr-amari";
+                                        }).device,
+                                        practice().members[0]);
+    page.settle();
+    EXPECT_TRUE(isOpen());
+    EXPECT_EQ(note(), "");
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room")) << "somebody signed in chooses the room";
+}
+
+TEST_F(ComposePage, aThousandPeopleMakeOnlyTheRowsThatAreSeen) {
+    openRoom([](records::StateSnapshot& snapshot) {
+        for (int number = 0; number < 1000; ++number) {
+            snapshot.members.push_back(support::makeMember("member-" + std::to_string(number)));
+        }
+    });
+    EXPECT_LT(page.nodes(QAccessible::CheckBox).size(), 40U);
+    page.key(Qt::Key_Tab);
+    for (int presses = 0; presses < 30 && !page.node(QAccessible::EditableText, "Note").state().focused; ++presses) {
+        page.key(Qt::Key_Tab);
+    }
+    EXPECT_TRUE(page.node(QAccessible::EditableText, "Note").state().focused) << "not past a thousand rows first";
+}
+
+}  // namespace
+}  // namespace zelkovanta::desktop_test

@@ -1,0 +1,184 @@
+#include "tests/desktop/page_scenes.h"
+
+#include "records/base64.h"
+
+#include <optional>
+#include <utility>
+
+#include <QBuffer>
+
+namespace zelkovanta::desktop_test {
+
+namespace {
+
+records::Signal call(std::string id, std::string room, std::string type, std::string status, std::string createdAt,
+                     std::string note, std::optional<std::string> from = "june",
+                     std::optional<std::string> to = std::nullopt) {
+    return support::makeSignal(std::move(id), [&](records::Signal& signal) {
+        signal.roomId = std::move(room);
+        signal.typeId = std::move(type);
+        signal.status = std::move(status);
+        signal.createdAt = std::move(createdAt);
+        signal.note = std::move(note);
+        signal.requesterId = std::move(from);
+        signal.providerId = std::move(to);
+    });
+}
+
+records::StateSnapshot busyPractice() {
+    return practice([](records::StateSnapshot& state) {
+        state.signals = {
+            call("a", "room-3", "ready", "waiting", "2024-10-03T23:57:48Z", "Second visit, films are on the screen"),
+            call("b", "room-1", "urgent", "waiting", "2024-10-03T23:59:21Z", ""),
+            call("c", "room-1", "ready", "waiting", "2024-10-03T23:40:00Z", "Please bring the blue folder", "dr-amari",
+                 "dr-voss"),
+            call("d", "room-3", "ready", "acknowledged", "2024-10-03T22:50:10Z", "", std::nullopt, "dr-amari")};
+        state.signals[3].acknowledgedBy = "dr-amari";
+    });
+}
+
+void person(Page& page) {
+    auto snapshot = busyPractice();
+    snapshot.device = support::makeDeviceOfMember("dr-amari");
+    page.computer.launchWith("member", snapshot);
+    page.computer.socket().accept();
+    page.computer.deliverSnapshot(snapshot);
+}
+
+void room(Page& page) {
+    page.computer.launchWith("room", busyPractice());
+}
+
+/// More than a window holds, of every kind.
+void crowd(Page& page) {
+    auto snapshot = busyPractice();
+    for (int number = 0; number < 300; ++number) {
+        snapshot.signals.push_back(call("crowd-" + std::to_string(number), number % 2 == 0 ? "room-1" : "room-3",
+                                        number % 3 == 0 ? "urgent" : "ready", "waiting", "2024-10-03T23:58:00Z", ""));
+    }
+    snapshot.device = support::makeDeviceOfMember("dr-amari");
+    page.computer.launchWith("member", snapshot);
+}
+
+void personEmpty(Page& page) {
+    auto snapshot = practice();
+    snapshot.device = support::makeDeviceOfMember("dr-amari");
+    page.computer.launchWith("member", snapshot);
+}
+
+void emptyRoomOffline(Page& page) {
+    page.computer.launchWith("room", practice());
+    page.computer.socket().fail({});
+    page.computer.settle();
+}
+
+void error(Page& page) {
+    room(page);
+    page.computer.run([](store::AppStore& store) { return store.sendSignal("ready", "", {}, {}, {}); });
+    page.computer.fail("POST", "/signals", platform::TransportCause::refused);
+}
+
+void station(Page& page) {
+    auto snapshot = busyPractice();
+    snapshot.device = support::makeDeviceWithSignIn("dr-amari");
+    snapshot.device.name = "Front desk";
+    page.computer.defaults.memory.setNumber("stationSignInBootTime", page.computer.hostInfo.bootTime());
+    page.computer.defaults.memory.setText("stationSignInAuditSessionId", page.computer.hostInfo.auditSessionId());
+    page.computer.launchWith("shared", snapshot);
+}
+
+void longNames(Page& page) {
+    auto snapshot = busyPractice();
+    const std::string name = "Professor Dr. Maximiliane-Alexandra von Hohenstein-Wetterburg zu Oberlangenau";
+    snapshot.office.name = "Practice of " + name;
+    snapshot.members[0].name = name;
+    snapshot.members[1].name = "ד״ר אבישג בן־דוד־לוי";
+    snapshot.members[2].name = "د. ليلى العامري";
+    snapshot.rooms[0].name = "חדר טיפולים מספר אחת";
+    snapshot.rooms[1].name = "Sterilisation and instrument preparation, second floor, left";
+    snapshot.signalTypes[0].label = "The patient has been prepared and is waiting";
+    snapshot.signals[0].note = name + ", " + name + ", " + name;
+    snapshot.device = support::makeDeviceOfMember("dr-amari");
+    page.computer.launchWith("member", snapshot);
+}
+
+records::QrTokenResponse code() {
+    QImage image(29, 29, QImage::Format_Mono);
+    image.fill(1);
+    for (int y = 2; y < 27; ++y) {
+        for (int x = 2; x < 27; ++x) {
+            image.setPixel(x, y, (x * 7 + y * 13 + x * y) % 3 == 0 ? 0 : 1);
+        }
+    }
+    QByteArray file;
+    QBuffer buffer(&file);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return {.token = "t",
+            .claimToken = "c",
+            .qrData = "d",
+            .qrPng = "data:image/png;base64," + file.toBase64().toStdString(),
+            .expiresAt = "2026-01-02T08:05:00Z"};
+}
+
+void setup(Page& page) {
+    page.computer.launchUnpaired();
+    page.computer.answerWith("POST", "/pair/request", code());
+}
+
+void signIn(Page& page) {
+    auto snapshot = busyPractice();
+    snapshot.device = support::makeDevice();
+    snapshot.device.name = "Front desk";
+    page.computer.launchWith("shared", snapshot);
+    page.computer.socket().accept();
+    page.computer.deliverSnapshot(snapshot);
+}
+
+void setupFailing(Page& page) {
+    page.computer.launchWith("room", practice());
+    page.computer.socket().fail({.closeCode = 4001, .httpStatus = {}});
+    page.computer.settle();
+    page.computer.fail("POST", "/pair/request", platform::TransportCause::refused);
+}
+
+}  // namespace
+
+std::vector<Scene> scenes() {
+    return {{"person", person, 420, 680},
+            {"crowd", crowd, 420, 680},
+            {"person-empty", personEmpty, 420, 680},
+            {"person-wide", person, 1000, 640},
+            {"person-narrow", person, 360, 600},
+            {"form", person, 420, 680},
+            {"form-narrow", longNames, 360, 600},
+            {"form-wide", person, 1000, 640},
+            {"room", room, 420, 680},
+            {"room-offline", emptyRoomOffline, 420, 680},
+            {"room-error", error, 360, 600},
+            {"station", station, 420, 680},
+            {"sign-in", signIn, 420, 680},
+            {"sign-in-narrow", signIn, 320, 480},
+            {"long", longNames, 360, 600},
+            {"long-wide", longNames, 1000, 600},
+            {"setup", setup, 420, 680},
+            {"setup-failing", setupFailing, 360, 600}};
+}
+
+QImage draw(const Scene& scene, Appearance appearance, const std::string& language) {
+    Page page(appearance, language);
+    scene.fill(page);
+    page.open(scene.width, scene.height);
+    if (scene.name.starts_with("form")) {
+        page.model->openCompose();
+        page.settle();
+    }
+    // A sign-in code is asked for once its place is in sight.
+    if (page.computer.openRequest("POST", "/devices/me/signin-qr") != nullptr) {
+        page.computer.answerWith("POST", "/devices/me/signin-qr", code());
+        page.settle();
+    }
+    return page.picture();
+}
+
+}  // namespace zelkovanta::desktop_test
