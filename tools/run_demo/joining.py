@@ -8,6 +8,7 @@ from windows import Window, accessibility_bus
 
 STATION = "Front desk"
 COLLEAGUE = "Dr. Jonas Lindqvist"
+APPROVED = 3.0  # seconds from the admin's click to a working screen; the computer asks every two
 NOTICE = "This computer is no longer linked. Scan the code to set it up again."
 
 
@@ -61,13 +62,13 @@ class Joining:
     def become_room(self, console, window, request):
         approve = console.placement(request, "room", name=ROOM, room=ROOM)
         self.step(f"the admin makes the first {ROOM}'s computer; its window says so", approve.click,
-                  lambda: window.says(ROOM) and window.find("push button", "Send a request"))
+                  lambda: window.says(ROOM) and window.find("push button", "Send a request"), APPROVED)
         self.step("it is connected", watch, window.is_connected)
 
     def become_station(self, console, window, request):
         approve = console.placement(request, "shared", name=STATION)
         self.step("the admin makes the second a shared workstation; it asks for a sign-in", approve.click,
-                  lambda: window.says(f"Sign in to {STATION}"))
+                  lambda: window.says(f"Sign in to {STATION}"), APPROVED)
         self.step("it shows a sign-in code", watch, lambda: window.shows_picture("Sign-in code"))
         self.stage.take_picture("sign-in-code")
 
