@@ -66,18 +66,17 @@ class ItsAccessibility(OnAComputer):
 
     def test_every_button_of_the_queue_fires_and_the_rows_are_read_as_they_stand(self):
         window = self.set_up()
-        for note in ("first", "second", "third"):
-            self.stage.order("send", "--room", ROOM, "--type", "ready", "--note", note)
-            window.wait_until_it_says(note)
-        self.stage.order("send", "--room", ROOM, "--type", "urgent", "--note", "overtakes")
-        window.wait_until_it_says("overtakes")
+        # Each overtakes those before it.
+        for kind in ("patient_seated", "ready", "step_out", "urgent"):
+            self.stage.order("send", "--room", ROOM, "--type", kind, "--note", f"note of {kind}")
+            window.wait_until_it_says(f"note of {kind}")
         self.assert_all_can_be_used(window)
         rows = window.list("Sent").rows()
         self.assertEqual(len(rows), 4)
         tops = [top_of(row) for _, row in rows]
         self.assertEqual(tops, sorted(tops), "read from top to bottom")
-        notes = [name for role, name, _ in window.nodes() if name in {"first", "second", "third", "overtakes"}]
-        self.assertEqual(notes, ["overtakes", "first", "second", "third"])
+        notes = [name for _, name, _ in window.nodes() if name.startswith("note of ")]
+        self.assertEqual(notes, ["note of urgent", "note of step_out", "note of ready", "note of patient_seated"])
         window.press("Mark completed")
         self.assert_becomes("the first row is gone", lambda: len(window.list("Sent").rows()) == 3)
         window.press("Cancel")
