@@ -2,6 +2,7 @@
 
 #include "benchmarks/idle_collaborators.h"
 #include "benchmarks/monotonic.h"
+#include "benchmarks/road_alerts.h"
 #include "platform/linux/beast_web_socket.h"
 #include "platform/linux/boottime_clock.h"
 #include "platform/linux/curl_url_session.h"
@@ -18,6 +19,7 @@
 #include <iostream>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include <QCoreApplication>
 #include <boost/asio/post.hpp>
@@ -31,14 +33,18 @@ namespace simulated = platform::simulated;
 
 class RoadClient {
 public:
-    RoadClient(const records::Url& serverURL, std::string code) : serverURL_(serverURL) {
+    RoadClient(records::Url serverURL, std::string code, Alerts alerts) : serverURL_(std::move(serverURL)) {
+        auto collaborators = collaborators_.all();
+        if (alerts == Alerts::onDesktop) {
+            alerts_ = std::make_unique<RoadAlerts>(main_, network_, clock_, random_, webSocketLoading_);
+        }
         loginItem_.current = platform::LoginItemStatus::enabled;
         store_ = store::AppStore::start({.main = main_.executor(),
                                          .background = network_,
                                          .clock = clock_,
                                          .random = random_,
                                          .urlLoading = urlLoading_,
-                                         .webSocketLoading = webSocketLoading_,
+                                         .webSocketLoading = alerts_ ? alerts_->webSockets() : webSocketLoading_,
                                          .keyStore = keyStore_,
                                          .defaults = defaults_,
                                          .information = information_,
@@ -48,7 +54,12 @@ public:
                                          .notificationCenter = notificationCenter_,
                                          .strings = strings_,
                                          .defaultServerURL = serverURL_},
-                                        collaborators_.all());
+                                        {.notifications = alerts_ ? alerts_->service() : collaborators.notifications,
+                                         .notes = collaborators.notes,
+                                         .crash = collaborators.crash,
+                                         .updates = collaborators.updates,
+                                         .beacon = collaborators.beacon,
+                                         .mainWindow = collaborators.mainWindow});
         observation_ = store_->observe([this](const store::StoreChanges& changes) { tell(changes); });
         platform::startTask(main_.executor(), [this, code = std::move(code)]() -> platform::Awaitable<void> {
             const auto paired = co_await store_->redeemPairingCode(code);
@@ -83,6 +94,16 @@ private:
     }
 
     void obey(const std::string& line) {
+        if (line == "frame") {
+            std::printf("frame %lld\n", static_cast<long long>(alerts_->callReadAt()));
+            std::fflush(stdout);
+            return;
+        }
+        if (line == "bare") {
+            std::printf("bare %lld\n", static_cast<long long>(alerts_->callBare()));
+            std::fflush(stdout);
+            return;
+        }
         std::istringstream words(line);
         std::string verb;
         std::string room;
@@ -119,6 +140,7 @@ private:
     platform::NotificationCenter notificationCenter_;
     platform::KeysAsTexts strings_;
     IdleCollaborators collaborators_;
+    std::unique_ptr<RoadAlerts> alerts_;
     std::shared_ptr<store::AppStore> store_;
     std::shared_ptr<void> observation_;
     bool isReady_ = false;
@@ -126,13 +148,13 @@ private:
 
 }  // namespace
 
-int runRoadClient(int argc, char** argv, const std::string& serverURL, const std::string& code) {
+int runRoadClient(int argc, char** argv, const std::string& serverURL, const std::string& code, Alerts alerts) {
     QCoreApplication application(argc, argv);
     const auto url = records::Url::parse(serverURL);
     if (!url) {
         return 2;
     }
-    RoadClient client(*url, code);
+    RoadClient client(*url, code, alerts);
     // The parent ends this process; nothing here is worth an orderly end.
     std::_Exit(QCoreApplication::exec());
 }
