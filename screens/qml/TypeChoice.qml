@@ -31,7 +31,7 @@ T.RadioButton {
     contentItem: Item {
         TypeMark {
             anchors.verticalCenter: parent.verticalCenter
-            scale: 0.85
+            side: 22
             tint: control.tint
         }
         Words {

@@ -6,9 +6,10 @@ Item {
     id: typeMark
 
     required property color tint
+    property real side: 26
 
-    width: 26
-    height: 26
+    width: side
+    height: side
 
     Rectangle {
         anchors.fill: parent
@@ -19,9 +20,9 @@ Item {
     }
     Rectangle {
         anchors.centerIn: parent
-        width: 12
-        height: 12
-        radius: 6
+        width: Math.round(typeMark.side * 12 / 26)
+        height: width
+        radius: width / 2
         color: typeMark.tint
     }
 }
