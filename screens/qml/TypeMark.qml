@@ -1,5 +1,4 @@
 import QtQuick
-import ZelkoVanta.Screens
 
 /// The colour of a type of signal, as the office gave it.
 Item {

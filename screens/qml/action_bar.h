@@ -8,7 +8,7 @@ namespace zelkovanta::screens::qml {
 
 /// What stands at the foot of a row: the children of `chips` and the children of `buttons`, in one line where it fits,
 /// else in two. Both are children of the bar.
-class ActionBar : public PlacingItem {
+class ActionBar : public zelkovanta::screens::qml::PlacingItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QQuickItem* chips READ chips WRITE setChips NOTIFY partsChanged REQUIRED)

@@ -8,7 +8,7 @@ namespace zelkovanta::screens::qml {
 
 /// Its children stand in lines, like words in a paragraph. Its implicit width is that of one long line, its implicit
 /// height that of the lines in the width that it has.
-class FlowLayoutItem : public PlacingItem {
+class FlowLayoutItem : public zelkovanta::screens::qml::PlacingItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(FlowLayout)
     Q_PROPERTY(double spacing READ spacing WRITE setSpacing NOTIFY spacingChanged)

@@ -5,7 +5,6 @@
 """
 
 import os
-import signal
 import socket
 import subprocess
 import sys
@@ -126,8 +125,8 @@ class WhereTheOfficeBreaksOff(OnAWire):
         def half(data):
             if broken.is_set() or not is_it(data):
                 return [data]
+            self.processes.kill(self.stage.office)
             broken.set()
-            self.stage.office.send_signal(signal.SIGKILL)
             return [data[:len(data) // 2]]
         self.wire.change = half
         return broken

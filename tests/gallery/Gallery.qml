@@ -6,7 +6,7 @@ import ZelkoVanta.Screens
 Window {
     id: window
 
-    required property QtObject samples
+    required property var samples
 
     width: 1240
     height: 1120

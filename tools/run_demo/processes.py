@@ -53,6 +53,12 @@ class Processes:
                 process.wait()
         return process.returncode
 
+    def kill(self, process):
+        """From any thread. Its end is no error, and is waited for by `end`."""
+        if process in self.running:
+            self.running.remove(process)
+        process.send_signal(signal.SIGKILL)
+
     def end_all(self):
         while self.running:
             self.end(self.running[-1])
