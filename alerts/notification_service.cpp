@@ -138,7 +138,7 @@ void NotificationService::reconcile(std::span<const std::string_view> activeSign
 }
 
 void NotificationService::reconcile() {
-    const Pass pass{.generation = ++reconciliationGeneration_, .active = latestActive_};
+    const auto pass = std::make_shared<Pass>(Pass{.generation = ++reconciliationGeneration_, .active = latestActive_});
     auto& center = ports_.center;
     center.getPendingRequests(takeBackStale(pass, &platform::UserNotificationCenter::removePendingRequests));
     center.getDeliveredNotifications(
@@ -146,17 +146,20 @@ void NotificationService::reconcile() {
 }
 
 platform::UserNotificationCenter::Completion<platform::NotificationRequests> NotificationService::takeBackStale(
-    Pass pass, Removal removal) {
+    std::shared_ptr<Pass> pass, Removal removal) {
     return [weak = weak_from_this(), main = ports_.main, pass = std::move(pass),
             removal](platform::NotificationRequests requests) {
         asio::post(main, [weak, pass, removal, requests = std::move(requests)] {
             const auto self = weak.lock();
-            if (!self || self->reconciliationGeneration_ != pass.generation) {
+            if (!self || requests.empty() || self->reconciliationGeneration_ != pass->generation) {
                 return;
             }
             const auto identities =
                 std::views::transform(requests, [](const auto& request) { return identityOf(*request); });
-            auto stale = staleIdentifiers(identities, pass.active->identifiers, pass.active->memberId);
+            if (!pass->stale) {
+                pass->stale.emplace(pass->active->identifiers, pass->active->memberId);
+            }
+            auto stale = staleIdentifiers(identities, *pass->stale);
             if (!stale.empty()) {
                 (self->ports_.center.*removal)(std::move(stale));
             }

@@ -73,15 +73,16 @@ private:
         std::optional<std::string> memberId;
     };
     struct Pass {
-        std::int64_t generation;
-        std::shared_ptr<const ActiveSignals> active;
+        const std::int64_t generation;
+        const std::shared_ptr<const ActiveSignals> active;
+        std::optional<StaleNotifications> stale = std::nullopt;  ///< made for the first list with something in it
     };
     using Removal = void (platform::UserNotificationCenter::*)(std::vector<std::string>);
 
     void post(platform::NotificationRequest request);
     void postNotice(platform::NotificationContent content);
     [[nodiscard]] platform::UserNotificationCenter::Completion<platform::NotificationRequests> takeBackStale(
-        Pass pass, Removal removal);
+        std::shared_ptr<Pass> pass, Removal removal);
 
     const NotificationPorts ports_;
     std::shared_ptr<CenterDelegate> delegate_;

@@ -84,13 +84,9 @@ private:
 /// Those to take back, in the order of `identities`. Each is asked for once and looked at there and then: what many
 /// notifications say lies far apart in memory, and is fetched once.
 template <std::ranges::input_range Identities>
-[[nodiscard]] std::vector<std::string> staleIdentifiers(Identities&& identities, const ExpectedIdentifiers& expected,
-                                                        const std::optional<std::string>& memberId) {
+[[nodiscard]] std::vector<std::string> staleIdentifiers(Identities&& identities,
+                                                        const StaleNotifications& notifications) {
     std::vector<std::string> stale;
-    if (std::ranges::empty(identities)) {
-        return stale;
-    }
-    const StaleNotifications notifications(expected, memberId);
     for (const DesktopSignalNotificationIdentity& identity : identities) {
         if (notifications.contain(identity)) {
             stale.emplace_back(identity.identifier);

@@ -43,6 +43,22 @@ QDBusMessage callOfBus(const char* method, const QVariantList& arguments = {}) {
     return message;
 }
 
+QDBusMessage callOfProperty(const QString& daemon, const QString& interface, const QString& property) {
+    auto message = QDBusMessage::createMethodCall(daemon, path, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                  QStringLiteral("Get"));
+    message.setArguments({interface, property});
+    return message;
+}
+
+/// Asks the settings of a desktop that may not be this one, and starts nothing for it.
+QDBusMessage callOfXfce(const QString& channel, const QString& property) {
+    auto message = QDBusMessage::createMethodCall(QStringLiteral("org.xfce.Xfconf"), QStringLiteral("/org/xfce/Xfconf"),
+                                                  QStringLiteral("org.xfce.Xfconf"), QStringLiteral("GetProperty"));
+    message.setArguments({channel, property});
+    message.setAutoStartService(false);
+    return message;
+}
+
 bool isReply(const QDBusMessage& message) {
     return message.type() == QDBusMessage::ReplyMessage && !message.arguments().isEmpty();
 }
@@ -69,9 +85,8 @@ QVariantList notifyArguments(const Post& command) {
         hints[QStringLiteral("suppress-sound")] = true;
     }
     const auto reading = command.capabilities.bodyMarkup ? BodyReading::markup : BodyReading::literal;
-    // What can be answered stays until it is over: on the screen, unless there is a list that it can leave it for.
-    const bool mayLeave = command.capabilities.persistence || isNotice(command.request);
-    const int time = mayLeave ? daemonsOwnTime : staysOnScreen;
+    // It stays on the screen, unless there is a list that it can leave it for.
+    const int time = command.capabilities.persistence ? daemonsOwnTime : staysOnScreen;
     return {QStringLiteral("ZelkoVanta"),
             command.replaces,
             QStringLiteral("com.zelkovanta.Desktop"),
@@ -191,17 +206,15 @@ void NotificationBus::unlessSilenced(std::function<void()> play) {
         std::size_t unanswered = 0;
         bool isSilenced = false;
     };
-    const std::pair<QString, QString> properties[] = {
-        {service, QStringLiteral("Inhibited")},
-        {QStringLiteral("org.dunstproject.cmd0"), QStringLiteral("paused")},
+    const QDBusMessage settings[] = {
+        callOfProperty(daemon_, service, QStringLiteral("Inhibited")),
+        callOfProperty(daemon_, QStringLiteral("org.dunstproject.cmd0"), QStringLiteral("paused")),
+        callOfXfce(QStringLiteral("xfce4-notifyd"), QStringLiteral("/do-not-disturb")),
     };
     const auto question =
-        std::make_shared<Question>(Question{.play = std::move(play), .unanswered = std::size(properties)});
-    for (const auto& [interface, property] : properties) {
-        auto get = QDBusMessage::createMethodCall(daemon_, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                  QStringLiteral("Get"));
-        get.setArguments({interface, property});
-        call(get, silenceLimit, [question](const QDBusMessage& answer) {
+        std::make_shared<Question>(Question{.play = std::move(play), .unanswered = std::size(settings)});
+    for (const auto& setting : settings) {
+        call(setting, silenceLimit, [question](const QDBusMessage& answer) {
             if (isReply(answer)) {
                 question->isSilenced |= qvariant_cast<QDBusVariant>(answer.arguments().constFirst()).variant().toBool();
             }

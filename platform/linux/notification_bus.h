@@ -35,7 +35,8 @@ public:
     void askCapabilities(const std::string& daemon);
     void post(const ledger::Post& command);
     void withdraw(const ledger::Withdraw& command);
-    /// Calls `play`, unless the daemon says that the person wants no disturbance; within half a second.
+    /// Calls `play`, unless the daemon or Xfce's settings say that the person wants no disturbance; within half a
+    /// second. GNOME tells nobody on the bus.
     void unlessSilenced(std::function<void()> play);
 
 private:

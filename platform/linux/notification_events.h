@@ -22,7 +22,7 @@ using CompletionNumber = std::uint64_t;
 
 using SharedRequest = std::shared_ptr<const NotificationRequest>;
 
-/// Without buttons it tells what has happened, and nothing is still due of it.
+/// Without buttons: it tells what has happened, and stays until the person takes it away.
 [[nodiscard]] inline bool isNotice(const SharedRequest& request) {
     return request->content.categoryIdentifier.empty();
 }

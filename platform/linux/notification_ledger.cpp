@@ -45,7 +45,7 @@ public:
         } else if (!forgotten.notifications.empty()) {
             keep();
         }
-        if (!event.daemon && std::ranges::any_of(ledger_.entries_, isPending, &Entries::value_type::second)) {
+        if (!event.daemon && std::ranges::any_of(ledger_.entries_, &Entry::isPending, &Entries::value_type::second)) {
             start();
         }
     }
@@ -106,23 +106,8 @@ public:
         advance(identifier, entry);
     }
 
-    void operator()(RemovePending& event) {
-        for (const auto& identifier : event.identifiers) {
-            const auto found = ledger_.entries_.find(identifier);
-            if (found != ledger_.entries_.end() && isPending(found->second)) {
-                withdraw(found);
-            }
-        }
-    }
-
-    void operator()(RemoveDelivered& event) {
-        for (const auto& identifier : event.identifiers) {
-            const auto found = ledger_.entries_.find(identifier);
-            if (found != ledger_.entries_.end() && isDelivered(found->second)) {
-                withdraw(found);
-            }
-        }
-    }
+    void operator()(RemovePending& event) { withdrawEach(event.identifiers, &Entry::isWanted); }
+    void operator()(RemoveDelivered& event) { withdrawEach(event.identifiers, &Entry::wasShown); }
 
     void operator()(PostAnswered& event) {
         const auto found = entryOfCall(event.call);
@@ -156,7 +141,7 @@ public:
             withdraw(found);
         } else if (wasClosedBefore) {
             closed(event.id);
-        } else if (isDelivered(entry)) {
+        } else if (entry.isDelivered()) {
             settle(identifier, entry);
         } else {
             advance(identifier, entry);
@@ -192,7 +177,7 @@ public:
             found->second.token.clear();
             respond(event.action, pressed);
             const auto entry = ledger_.entries_.find(pressed.identifier);
-            if (event.action != notification_action::defaultAction && isDelivered(entry->second)) {
+            if (event.action != notification_action::defaultAction && entry->second.isDelivered()) {
                 withdraw(entry);
             }
         } else if (const auto late = ledger_.recentlyClosed_.find(event.id); late != ledger_.recentlyClosed_.end()) {
@@ -210,13 +195,6 @@ public:
     }
 
 private:
-    [[nodiscard]] static bool isPending(const Entry& entry) {
-        return entry.request && entry.shownRevision != entry.revision;
-    }
-    [[nodiscard]] static bool isDelivered(const Entry& entry) {
-        return entry.request && entry.live && entry.shownRevision == entry.revision;
-    }
-
     void keep() {
         if (!std::ranges::any_of(commands, [](const auto& one) { return std::holds_alternative<Keep>(one); })) {
             commands.emplace_back(Keep{});
@@ -283,15 +261,13 @@ private:
         ledger_.closedUnknown_.clear();
         for (auto next = ledger_.entries_.begin(); next != ledger_.entries_.end();) {
             Entry& entry = next->second;
-            const bool wasDelivered = isDelivered(entry);
             entry.live.reset();
             entry.isWaitingToRetry = false;
-            entry.shownRevision = 0;
             entry.attempts = 0;
             // It may be what the daemon did not survive, and no text shall end one daemon after the other.
             entry.lostDaemons += std::exchange(entry.call, std::nullopt) ? 1U : 0U;
             // What an earlier run said is not known here, so it cannot be said again.
-            if (!entry.request || entry.isInherited || (wasDelivered && isNotice(entry.request))) {
+            if (!entry.request || entry.isInherited) {
                 ledger_.unsettled_.erase(next->first);
                 next = ledger_.entries_.erase(next);
             } else {
@@ -324,7 +300,7 @@ private:
         ledger_.phase_ = Phase::ready;
         std::vector<Entries::iterator> waiting;
         for (auto next = ledger_.entries_.begin(); next != ledger_.entries_.end(); ++next) {
-            if (isPending(next->second)) {
+            if (next->second.isPending()) {
                 waiting.push_back(next);
             }
         }
@@ -335,7 +311,7 @@ private:
     }
 
     void advance(const std::string& identifier, Entry& entry) {
-        if (ledger_.phase_ != Phase::ready || entry.call || entry.isWaitingToRetry || !isPending(entry) ||
+        if (ledger_.phase_ != Phase::ready || entry.call || entry.isWaitingToRetry || !entry.isPending() ||
             entry.attempts > std::size(retryDelays) || entry.lostDaemons > mostLostDaemons) {
             return;
         }
@@ -381,6 +357,15 @@ private:
         }
     }
 
+    void withdrawEach(const std::vector<std::string>& identifiers, bool (Entry::*isMeant)() const) {
+        for (const auto& identifier : identifiers) {
+            const auto found = ledger_.entries_.find(identifier);
+            if (found != ledger_.entries_.end() && (found->second.*isMeant)()) {
+                withdraw(found);
+            }
+        }
+    }
+
     /// The program wants it gone.
     void withdraw(Entries::iterator found) {
         auto& [identifier, entry] = *found;
@@ -402,7 +387,7 @@ private:
         auto node = ledger_.live_.extract(id);
         const auto found = ledger_.entries_.find(node.mapped().identifier);
         auto& [identifier, entry] = *found;
-        const bool wasDelivered = isDelivered(entry);
+        const bool wasDelivered = entry.isDelivered();
         entry.live.reset();
         if (wasDelivered) {
             settle(identifier, entry);

@@ -22,8 +22,12 @@ namespace zelkovanta::platform::linux_host {
 ///   was asked for.
 /// - One call at most is under way for an identifier. What is added or removed meanwhile is done when it is answered.
 /// - What is still due when a daemon comes is shown there once, and its sound, once played, is not played again.
+/// - A request may move to the other list between the answer that lists it and the removal that follows from that, so a
+///   removal from either list takes it wherever it is by then. What was added over a delivered one is another request.
 /// - A daemon that says a notification expired may still list it, so it can still be withdrawn.
-/// - A request without a category is a notice: it is lost with its daemon and not remembered between runs.
+/// - A request without a category is a notice. Nobody but the person takes it back, so it is not remembered between
+/// runs,
+///   and one that has expired is forgotten: what becomes of it in the daemon's list is not told.
 class NotificationLedger {
 public:
     /// After this long without an answer a request is completed all the same, and a daemon counts as one without
@@ -68,6 +72,12 @@ private:
         std::size_t attempts = 0;     ///< without success at this daemon
         std::size_t lostDaemons = 0;  ///< that went in the middle of a call for it
         bool isWaitingToRetry = false;
+
+        [[nodiscard]] bool isWanted() const { return request != nullptr; }
+        /// A daemon has shown what is wanted, be it one that has gone.
+        [[nodiscard]] bool wasShown() const { return isWanted() && shownRevision == revision; }
+        [[nodiscard]] bool isDelivered() const { return wasShown() && live; }
+        [[nodiscard]] bool isPending() const { return isWanted() && !isDelivered(); }
     };
     using Entries = std::map<std::string, Entry, std::less<>>;
     struct Live {

@@ -9,7 +9,7 @@ using namespace ledger;
 NotificationRequests NotificationLedger::pending() const {
     NotificationRequests requests;
     for (const auto& [identifier, entry] : entries_) {
-        if (entry.request && entry.shownRevision != entry.revision) {
+        if (entry.isPending()) {
             requests.push_back(entry.request);
         }
     }
@@ -20,7 +20,7 @@ NotificationRequests NotificationLedger::delivered() const {
     NotificationRequests requests;
     requests.reserve(entries_.size());
     for (const auto& [identifier, entry] : entries_) {
-        if (entry.request && entry.live && entry.shownRevision == entry.revision) {
+        if (entry.isDelivered()) {
             requests.push_back(entry.request);
         }
     }

@@ -20,11 +20,14 @@ public:
     [[nodiscard]] bool isAdvertising() const override { return advertisement_.has_value(); }
     void startAdvertising(Advertisement advertisement) override {
         ++radio_.starts_;
-        if (state() == PeripheralManagerState::poweredOn) {
+        if (state() == PeripheralManagerState::poweredOn && !radio_.isRefusing_) {
             advertisement_ = std::move(advertisement);
         }
     }
-    void stopAdvertising() override { advertisement_.reset(); }
+    void stopAdvertising() override {
+        ++radio_.stops_;
+        advertisement_.reset();
+    }
 
     void tellState() {
         if (state() != PeripheralManagerState::poweredOn) {

@@ -60,6 +60,18 @@ TEST_F(BeaconAdvertiserTest, theRadioOnAgainWhileItAdvertisesAddsNothing) {
     EXPECT_TRUE(beacon->isAdvertising());
 }
 
+TEST_F(BeaconAdvertiserTest, whetherItAdvertisesIsTheRadiosToSay) {
+    radio.setRefusing(true);
+    beacon->arm(roomUUID);
+    radio.setState(State::poweredOn);
+    EXPECT_TRUE(beacon->isAdvertising()) << "what was asked for";
+    EXPECT_THAT(radio.advertisements(), IsEmpty());
+    radio.setRefusing(false);
+    radio.setState(State::poweredOn);
+    EXPECT_EQ(radio.starts(), 2U);
+    EXPECT_THAT(radio.advertisements(), ElementsAre(roomAdvertisement));
+}
+
 TEST_F(BeaconAdvertiserTest, everyOtherStateEndsItAndTheRadiosReturnResumesIt) {
     beacon->arm(roomUUID);
     std::size_t starts = 0;
@@ -78,13 +90,16 @@ TEST_F(BeaconAdvertiserTest, everyOtherStateEndsItAndTheRadiosReturnResumesIt) {
 TEST_F(BeaconAdvertiserTest, stoppedItIsAsWhenItWasNew) {
     beacon->arm(roomUUID);
     radio.setState(State::poweredOn);
+    EXPECT_EQ(radio.stops(), 0U);
     beacon->stop();
+    EXPECT_EQ(radio.stops(), 1U);
     EXPECT_FALSE(beacon->isAdvertising());
     EXPECT_EQ(radio.managerCount(), 0U);
+    beacon->stop();
+    EXPECT_EQ(radio.stops(), 1U);
     radio.setState(State::poweredOff);
     radio.setState(State::poweredOn);
     EXPECT_THAT(radio.advertisements(), IsEmpty());
-    beacon->stop();
     beacon->arm(roomUUID);
     EXPECT_THAT(radio.advertisements(), ElementsAre(roomAdvertisement));
 }

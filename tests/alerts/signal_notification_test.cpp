@@ -24,7 +24,8 @@ using Ids = std::vector<std::string_view>;
 
 std::vector<std::string> stale(const Identities& identities, const Ids& open,
                                const std::optional<std::string>& memberId) {
-    return staleIdentifiers(identities, expectedIdentifiers(open), memberId);
+    const auto expected = expectedIdentifiers(open);
+    return staleIdentifiers(identities, StaleNotifications(expected, memberId));
 }
 
 TEST(SignalIdentifier, isThePrefixAndTheId) {

@@ -77,17 +77,18 @@ TEST_F(DesktopNotificationCenterTest, whatTheDaemonCannotDoIsNotAskedOfIt) {
     EXPECT_THAT(daemon->daemon.shown().begin()->second.actions, IsEmpty());
 }
 
-TEST_F(DesktopNotificationCenterTest, whatCanBeAnsweredLeavesTheScreenOnlyForAList) {
-    beginWith(quirksOf("GNOME Shell"));
-    ASSERT_TRUE(addAndWait(signalRequest("a")));
-    EXPECT_EQ(daemon->posts[0].arguments().at(7).toInt(), -1);
+TEST_F(DesktopNotificationCenterTest, noneLeavesTheScreenByItselfButForAList) {
     auto notice = signalRequest("b");
     notice.content.categoryIdentifier.clear();
-    daemon.emplace(DaemonQuirks{});
+    beginWith(quirksOf("GNOME Shell"));
+    ASSERT_TRUE(addAndWait(signalRequest("a")));
     ASSERT_TRUE(addAndWait(notice));
-    EXPECT_TRUE(runUntil([&] { return daemon->posts.size() == 2; }));
-    EXPECT_EQ(daemon->posts[0].arguments().at(7).toInt(), 0);
+    EXPECT_EQ(daemon->posts[0].arguments().at(7).toInt(), -1);
     EXPECT_EQ(daemon->posts[1].arguments().at(7).toInt(), -1);
+    daemon.emplace(DaemonQuirks{});
+    ASSERT_TRUE(runUntil([&] { return daemon->posts.size() == 2; }));
+    EXPECT_EQ(daemon->posts[0].arguments().at(7).toInt(), 0);
+    EXPECT_EQ(daemon->posts[1].arguments().at(7).toInt(), 0);
 }
 
 TEST_F(DesktopNotificationCenterTest, theSameIdentifierReplacesItself) {
@@ -159,6 +160,44 @@ TEST_F(DesktopNotificationCenterTest, nothingIsHeardWhileThePersonWantsNoDisturb
     ASSERT_TRUE(addAndWait(withSound(SoundFile{"bell.caf"})));
     ASSERT_TRUE(runUntil([&] { return daemon->silenceQuestions == 1; }));
     daemon->isInhibited = false;
+    auto other = signalRequest("b");
+    other.content.sound = SoundFile{"chime.caf"};
+    ASSERT_TRUE(addAndWait(other));
+    EXPECT_TRUE(runUntil([&] { return !played().empty(); }));
+    EXPECT_EQ(played(), "chime.caf\n");
+}
+
+/// Xfce's settings, on a bus connection of their own.
+struct XfceSettings final : QDBusVirtualObject {
+    QDBusConnection bus{QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("xfce settings"))};
+    bool isUndisturbed = true;
+    int questions = 0;
+
+    XfceSettings() {
+        bus.registerVirtualObject(QStringLiteral("/org/xfce/Xfconf"), this);
+        bus.registerService(QStringLiteral("org.xfce.Xfconf"));
+    }
+    ~XfceSettings() override {
+        bus.unregisterObject(QStringLiteral("/org/xfce/Xfconf"));
+        QDBusConnection::disconnectFromBus(bus.name());
+    }
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+        const QVariantList notifications{QStringLiteral("xfce4-notifyd"), QStringLiteral("/do-not-disturb")};
+        if (message.member() != QStringLiteral("GetProperty") || message.arguments() != notifications) {
+            return false;
+        }
+        ++questions;
+        return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(isUndisturbed))));
+    }
+};
+
+TEST_F(DesktopNotificationCenterTest, nothingIsHeardWhileXfceIsSetToNoDisturbance) {
+    XfceSettings settings;
+    beginWith({});
+    ASSERT_TRUE(addAndWait(withSound(SoundFile{"bell.caf"})));
+    ASSERT_TRUE(runUntil([&] { return settings.questions == 1; }));
+    settings.isUndisturbed = false;
     auto other = signalRequest("b");
     other.content.sound = SoundFile{"chime.caf"};
     ASSERT_TRUE(addAndWait(other));

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <random>
 #include <set>
 #include <utility>
@@ -22,6 +23,7 @@ constexpr int seedsOfEachDaemon = 500;
 constexpr int operationsOfEachSeed = 100;
 const std::string us = "us";
 const std::string others = "others";
+const std::string notice = "notice";
 
 class Chaos {
 public:
@@ -31,7 +33,7 @@ public:
     }
 
     void operate() {
-        switch (upTo(15)) {
+        switch (upTo(17)) {
             case 0:
             case 1:
             case 2:
@@ -40,6 +42,12 @@ public:
             case 3:
             case 4:
                 reconcile();
+                break;
+            case 11:
+                takeBack();
+                break;
+            case 12:
+                addNotice();
                 break;
             case 5:
                 press();
@@ -72,6 +80,8 @@ public:
         }
         reconcile();
         for (int round = 0; round < 200; ++round) {
+            deliverSome();
+            takeBack();
             deliverAll();
             const auto due = ledger_->nextDue();
             if (!due) {
@@ -80,7 +90,10 @@ public:
             now_ = std::max(now_, *due);
             tell(TimeCame{});
         }
-        deliverAll();
+        while (asked_) {
+            takeBack();
+            deliverAll();
+        }
     }
 
     void check() {
@@ -116,6 +129,12 @@ private:
         std::string title;
         int run = 0;
     };
+    /// What a reconciliation was told, and has not acted upon.
+    struct Asked {
+        NotificationRequests pending;
+        NotificationRequests delivered;
+        std::set<std::string> active;
+    };
 
     int upTo(int end) { return std::uniform_int_distribution<int>{0, end - 1}(chance_); }
 
@@ -148,6 +167,7 @@ private:
 
     void startProgram() {
         auto kept = ledger_ ? ledger_->kept() : KeptNotifications{};
+        asked_.reset();
         ++runs_;
         ledger_ = std::make_unique<NotificationLedger>(std::move(kept), now_);
         tell(BusAnswered{"bus", daemon_ ? std::optional{name_} : std::nullopt});
@@ -166,7 +186,21 @@ private:
             ++sounds_;
         }
         active_.insert(identifier);
-        wanted_[identifier] = {title, runs_};
+        ask();
+        want(request);
+    }
+
+    void addNotice() {
+        NotificationRequest request;
+        request.identifier = notice + std::to_string(upTo(1'000'000));
+        request.content.title = request.identifier + "#" + std::to_string(++titles_);
+        request.content.userInfo["title"] = request.content.title;
+        active_.insert(request.identifier);
+        want(request);
+    }
+
+    void want(const NotificationRequest& request) {
+        wanted_[request.identifier] = {request.content.title, runs_};
         uncompleted_.insert(++completions_);
         tell(Add{request, {}, completions_});
     }
@@ -174,19 +208,30 @@ private:
     void reconcile() {
         if (upTo(3) == 0) {
             active_.erase("signal" + std::to_string(upTo(8)));
+            std::erase_if(wanted_, [this](const auto& one) { return !active_.contains(one.first); });
         }
-        const auto stale = [this](const NotificationRequests& requests) {
+        ask();
+    }
+
+    /// An earlier answer that has not been acted upon is dropped.
+    void ask() { asked_ = Asked{ledger_->pending(), ledger_->delivered(), active_}; }
+
+    void takeBack() {
+        const auto asked = std::exchange(asked_, std::nullopt);
+        if (!asked) {
+            return;
+        }
+        const auto stale = [&asked](const NotificationRequests& requests) {
             std::vector<std::string> identifiers;
             for (const auto& one : requests) {
-                if (!active_.contains(one->identifier)) {
+                if (!asked->active.contains(one->identifier)) {
                     identifiers.push_back(one->identifier);
                 }
             }
             return identifiers;
         };
-        tell(RemovePending{stale(ledger_->pending())});
-        tell(RemoveDelivered{stale(ledger_->delivered())});
-        std::erase_if(wanted_, [this](const auto& one) { return !active_.contains(one.first); });
+        tell(RemovePending{stale(asked->pending)});
+        tell(RemoveDelivered{stale(asked->delivered)});
     }
 
     /// One of ours that the person sees; 0 if there is none.
@@ -201,8 +246,9 @@ private:
 
     void press() {
         if (const DaemonId number = seen(); number != 0) {
-            const std::string action = upTo(3) == 0 ? "default" : "DONE";
-            pressed_.emplace_back(daemon_->shown().at(number).title, action);
+            const std::string title = daemon_->shown().at(number).title;
+            const std::string action = title.starts_with(notice) || upTo(3) == 0 ? "default" : "DONE";
+            pressed_.emplace_back(title, action);
             unwant(number);
             daemon_->press(number, action);
         }
@@ -217,7 +263,7 @@ private:
 
     void expire() {
         if (const DaemonId number = seen(); number != 0) {
-            if (!quirks_.listsWhatExpired) {
+            if (!quirks_.listsWhatExpired || daemon_->shown().at(number).title.starts_with(notice)) {
                 unwant(number);
             }
             daemon_->expire(number);
@@ -284,6 +330,7 @@ private:
         for (auto& command : ledger_->handle(event, now_)) {
             if (const auto* const complete = std::get_if<Complete>(&command)) {
                 EXPECT_EQ(uncompleted_.erase(complete->completion), 1U);
+                ask();
             } else if (const auto* const respond = std::get_if<Respond>(&command)) {
                 heard(*respond);
             } else if (std::holds_alternative<Play>(command)) {
@@ -355,6 +402,7 @@ private:
     std::deque<Command> toDaemon_;
     std::deque<Event> toProgram_;
     std::set<std::string> active_;
+    std::optional<Asked> asked_;
     std::map<std::string, Wanted> wanted_;
     std::vector<std::pair<std::string, std::string>> pressed_;
     std::set<CompletionNumber> uncompleted_;

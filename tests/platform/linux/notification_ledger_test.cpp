@@ -110,13 +110,39 @@ TEST_F(NotificationLedgerTest, aRequestRemovedDuringItsCallIsWithdrawnWhenItIsSh
     EXPECT_THAT(identifiers(book.delivered()), IsEmpty());
 }
 
-TEST_F(NotificationLedgerTest, eachRemovalLooksOnlyAtItsOwnList) {
+TEST_F(NotificationLedgerTest, oneThatWasListedAsPendingIsWithdrawnThoughItHasBeenShownSince) {
+    ready();
+    static_cast<void>(told(Add{request("a"), {}, 1}));
+    pass(NotificationLedger::answerLimit);
+    EXPECT_THAT(told(TimeCame{}), ElementsAre("complete 1"));
+    ASSERT_THAT(identifiers(book.pending()), ElementsAre("a"));
+    static_cast<void>(told(PostAnswered{1, 7}));
+    EXPECT_THAT(told(RemovePending{{"a", "unknown"}}), ElementsAre("withdraw 7 from :1.5", "keep"));
+    EXPECT_THAT(identifiers(book.delivered()), IsEmpty());
+}
+
+TEST_F(NotificationLedgerTest, oneThatWasListedAsDeliveredIsWithdrawnThoughItsDaemonHasGoneSince) {
     ready();
     shown("a", 1, 7);
-    EXPECT_THAT(told(RemovePending{{"a", "unknown"}}), IsEmpty());
-    static_cast<void>(told(Add{request("b"), {}, 2}));
-    EXPECT_THAT(told(RemoveDelivered{{"b", "unknown"}}), IsEmpty());
-    EXPECT_THAT(told(RemoveDelivered{{"a"}}), ElementsAre("withdraw 7 from :1.5", "keep"));
+    shown("b", 2, 8);
+    ASSERT_THAT(identifiers(book.delivered()), ElementsAre("a", "b"));
+    static_cast<void>(told(DaemonChanged{":1.9"}));
+    EXPECT_THAT(told(RemoveDelivered{{"a", "unknown"}}), IsEmpty());
+    EXPECT_THAT(told(CapabilitiesKnown{":1.9", {}}), ElementsAre("post b to :1.9 in call 3"));
+    EXPECT_THAT(told(RemoveDelivered{{"b"}}), IsEmpty());
+    EXPECT_THAT(told(PostAnswered{3, 1}), ElementsAre("keep", "withdraw 1 from :1.9"));
+}
+
+TEST_F(NotificationLedgerTest, whatWasAddedOverADeliveredOneIsNotThatOne) {
+    ready();
+    static_cast<void>(told(Add{request("new"), {}, 1}));
+    EXPECT_THAT(told(RemoveDelivered{{"new"}}), IsEmpty());
+    static_cast<void>(told(PostAnswered{1, 6}));
+    shown("a", 2, 7);
+    static_cast<void>(told(Add{request("a"), {}, 2}));
+    EXPECT_THAT(told(RemoveDelivered{{"a"}}), IsEmpty());
+    EXPECT_THAT(told(PostAnswered{3, 7}), ElementsAre("keep", "complete 2"));
+    EXPECT_THAT(identifiers(book.delivered()), ElementsAre("a", "new"));
 }
 
 TEST_F(NotificationLedgerTest, aSoundIsPlayedOnceAndOnlyWhereOneIsAskedFor) {
@@ -317,19 +343,39 @@ TEST_F(NotificationLedgerTest, anExpiredOneMayStillBeListedAndIsWithdrawn) {
     EXPECT_THAT(told(RemoveDelivered{{"a"}}), ElementsAre("withdraw 7 from :1.5", "keep"));
 }
 
-TEST_F(NotificationLedgerTest, aNoticeEndsWithItsTimeAndWithItsDaemon) {
-    ready();
-    NotificationRequest notice = request("notice");
-    notice.content.categoryIdentifier.clear();
-    static_cast<void>(told(Add{notice, {}, 1}));
-    static_cast<void>(told(PostAnswered{1, 7}));
-    EXPECT_THAT(book.kept().notifications, IsEmpty());
+struct NoticesOfTheLedgerTest : NotificationLedgerTest {
+    NoticesOfTheLedgerTest() {
+        ready();
+        NotificationRequest notice = request("notice", DefaultSound{});
+        notice.content.categoryIdentifier.clear();
+        static_cast<void>(told(Add{notice, {}, 1}));
+        static_cast<void>(told(PostAnswered{1, 7}));
+    }
+    std::vector<std::string> toldTheNextDaemon() {
+        static_cast<void>(told(DaemonChanged{":1.9"}));
+        return told(CapabilitiesKnown{":1.9", {.actions = true, .sound = true}});
+    }
+};
+
+TEST_F(NoticesOfTheLedgerTest, theNextDaemonShowsItOnceInSilence) {
+    EXPECT_THAT(toldTheNextDaemon(), ElementsAre("post notice to :1.9 in call 2"));
+    EXPECT_THAT(told(PostAnswered{2, 1}), ElementsAre("keep"));
+    EXPECT_THAT(identifiers(book.delivered()), ElementsAre("notice"));
+}
+
+TEST_F(NoticesOfTheLedgerTest, whatThePersonTookAwayDoesNotComeBack) {
+    static_cast<void>(told(Closed{7, 2}));
+    EXPECT_THAT(toldTheNextDaemon(), IsEmpty());
+}
+
+TEST_F(NoticesOfTheLedgerTest, oneThatHasExpiredIsTheDaemonsAffair) {
     static_cast<void>(told(Closed{7, 1}));
     EXPECT_THAT(identifiers(book.delivered()), IsEmpty());
-    static_cast<void>(told(Add{notice, {}, 2}));
-    static_cast<void>(told(PostAnswered{2, 8}));
-    static_cast<void>(told(DaemonChanged{":1.9"}));
-    EXPECT_THAT(told(CapabilitiesKnown{":1.9", {}}), IsEmpty());
+    EXPECT_THAT(toldTheNextDaemon(), IsEmpty());
+}
+
+TEST_F(NoticesOfTheLedgerTest, theNextRunLeavesItAlone) {
+    EXPECT_THAT(book.kept().notifications, IsEmpty());
 }
 
 TEST_F(NotificationLedgerTest, oneThatIsDroppedBeforeItsAnswerIsGone) {
