@@ -228,21 +228,6 @@ TEST_F(StoreNotificationActionsTest, whatWaitsIsForgottenWithTheRun) {
     EXPECT_THAT(openActions(), ElementsAre(R"(s {"action":"done"})"));
 }
 
-TEST_F(StoreNotificationActionsTest, anActionThatIsStillUnderWayAtAResetHoldsTheLatchUntilItEnds) {
-    launchAsMember({makeSignal("s")});
-    press("s", "done");
-    Exchange* const old = openRequest("PATCH", "/signals/s");
-    run([](AppStore& app) { return app.unlinkComputer(); });
-    answer("DELETE", "/devices/me", 200);
-    pairAgain();
-    deliverSnapshot(snapshotWith({makeSignal("t")}));
-    press("t", "done");
-    EXPECT_THAT(openActions(), ElementsAre(R"(s {"action":"done"})"));
-    old->answer(200, support::toJson(makeSignalThatIs("done", "s")));
-    settle();
-    EXPECT_THAT(openActions(), ElementsAre(R"(t {"action":"done"})"));
-}
-
 TEST_F(StoreNotificationActionsTest, aRunningDrainIsNotStoppedByAReset) {
     launchAsMember({makeSignal("s")});
     press("s", "done");
