@@ -28,6 +28,7 @@ void ComposeModel::refresh() {
     }
     screen_ = std::move(screen);
     std::vector<PlainChoice> rooms;
+    rooms.reserve(screen_.rooms.size());
     for (const ComposeRoom& room : screen_.rooms) {
         rooms.push_back({room.id, room.text});
     }

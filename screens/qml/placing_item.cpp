@@ -17,6 +17,7 @@ std::vector<QQuickItem*> PlacingItem::piecesOf(const QQuickItem& of) {
 
 std::vector<LayoutSize> PlacingItem::sizesOf(const std::vector<QQuickItem*>& pieces) {
     std::vector<LayoutSize> sizes;
+    sizes.reserve(pieces.size());
     for (const QQuickItem* piece : pieces) {
         sizes.push_back({.width = piece->implicitWidth(), .height = piece->implicitHeight()});
     }
