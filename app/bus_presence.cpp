@@ -1,5 +1,7 @@
 #include "app/bus_presence.h"
 
+#include "platform/linux/dbus_calls.h"
+
 #include <utility>
 
 #include <QDBusAbstractAdaptor>
@@ -9,7 +11,6 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
-#include <boost/asio/post.hpp>
 
 namespace zelkovanta::app {
 
@@ -68,19 +69,16 @@ private:
     ApplicationInterface interface_;
 };
 
-BusPresence::BusPresence(const std::string& name, platform::Executor workers, platform::Executor main,
+BusPresence::BusPresence(const std::string& name, const platform::Executor& connecting, platform::Executor main,
                          std::function<void(const QString&)> onActivate)
     : application_(std::make_shared<Application>(QString::fromStdString(name), std::move(onActivate))) {
-    boost::asio::post(workers, [main = std::move(main), weak = std::weak_ptr(application_)] {
-        if (!QDBusConnection::sessionBus().isConnected()) {
-            return;
-        }
-        boost::asio::post(main, [weak] {
-            if (const auto application = weak.lock()) {
-                application->appear();
-            }
-        });
-    });
+    using platform::linux_host::Bus;
+    platform::linux_host::connectToBus(Bus::session, connecting, std::move(main),
+                                       [weak = std::weak_ptr(application_)](bool isConnected) {
+                                           if (const auto application = weak.lock(); application && isConnected) {
+                                               application->appear();
+                                           }
+                                       });
 }
 
 BusPresence::~BusPresence() = default;

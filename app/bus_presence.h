@@ -14,9 +14,9 @@ namespace zelkovanta::app {
 /// window. Without a session bus, or where the name is taken, there is nothing of it and nothing is missed.
 class BusPresence {
 public:
-    /// `name` is the bus name. Connecting to the bus may wait, so it happens on `workers`; `onActivate` is called on
+    /// `name` is the bus name. Connecting to the bus may wait, so it happens on `connecting`; `onActivate` is called on
     /// the main thread with the desktop's activation token, empty for none.
-    BusPresence(const std::string& name, platform::Executor workers, platform::Executor main,
+    BusPresence(const std::string& name, const platform::Executor& connecting, platform::Executor main,
                 std::function<void(const QString& activationToken)> onActivate);
     ~BusPresence();
     BusPresence(const BusPresence&) = delete;

@@ -84,7 +84,8 @@ RoadAlerts::RoadAlerts(host::QtMainThread& main, host::NetworkThread& network, p
                        platform::RandomSource& random, platform::WebSocketLoading& webSockets)
     : webSockets_(std::make_unique<StampedLoading>(webSockets, callReadAt_)),
       strings_(host::resourcesFolderFrom(environment_, host::programFile()), environment_),
-      center_(centerSettings(environment_), clock, main.executor(), network.workers(), network.makeWorkerQueue()),
+      center_(centerSettings(environment_), clock, main.executor(), network.makeWorkerQueue(),
+              network.makeWorkerQueue()),
       service_(alerts::NotificationService::start(
           {.main = main.executor(), .center = center_, .random = random, .strings = strings_})) {}
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/observer_list.h"
+
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 namespace zelkovanta::platform {
 
@@ -16,17 +17,11 @@ enum class ColorScheme : std::uint8_t {
 /// The desktop's appearance, as it is now and as it changes. Main thread.
 class Appearance {
 public:
-    /// Destroying it ends the observation; it may outlive the appearance.
-    class Observer {
-    public:
-        virtual ~Observer() = default;
-    };
-
     virtual ~Appearance() = default;
     /// Never waits: unknown until the desktop has answered.
     [[nodiscard]] virtual ColorScheme colorScheme() const = 0;
     /// Calls `handler` after each change.
-    [[nodiscard]] virtual std::unique_ptr<Observer> observe(std::function<void()> handler) = 0;
+    [[nodiscard]] virtual Observation observe(std::function<void()> handler) = 0;
 };
 
 }  // namespace zelkovanta::platform

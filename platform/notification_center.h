@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/observer_list.h"
+
 #include <functional>
-#include <list>
-#include <memory>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zelkovanta::platform {
 
@@ -12,40 +14,19 @@ namespace zelkovanta::platform {
 /// `user_notification_center.h`. Main thread; observers hear a name within `post`, in the
 /// order in which they began to observe.
 class NotificationCenter {
-    struct Entry {
-        std::string name;
-        std::function<void()> handler;
-    };
-
 public:
-    /// Ends its observation when it is destroyed. May outlive the centre.
-    class Observer {
-    public:
-        Observer() = default;
-        explicit Observer(std::shared_ptr<Entry> entry) : entry_(std::move(entry)) {}
-
-    private:
-        std::shared_ptr<Entry> entry_;
-    };
-
-    void post(std::string_view name) {
-        entries_.remove_if([](const auto& entry) { return entry.expired(); });
-        const auto heard = entries_;
-        for (const auto& weak : heard) {
-            if (const auto entry = weak.lock(); entry && entry->name == name) {
-                entry->handler();
-            }
+    void post(std::string_view name) const {
+        if (const auto found = observers_.find(name); found != observers_.end()) {
+            found->second.tell();
         }
     }
 
-    [[nodiscard]] Observer observe(std::string name, std::function<void()> handler) {
-        auto entry = std::make_shared<Entry>(Entry{std::move(name), std::move(handler)});
-        entries_.push_back(entry);
-        return Observer{std::move(entry)};
+    [[nodiscard]] Observation observe(const std::string& name, std::function<void()> handler) {
+        return observers_[name].add(std::move(handler));
     }
 
 private:
-    std::list<std::weak_ptr<Entry>> entries_;
+    std::map<std::string, ObserverList<>, std::less<>> observers_;
 };
 
 }  // namespace zelkovanta::platform

@@ -63,9 +63,7 @@ platform::Awaitable<void> AppStore::handleNotificationAction(std::weak_ptr<AppSt
 }
 
 std::shared_ptr<void> AppStore::observe(Observer observer) {
-    auto guard = std::make_shared<Observer>(std::move(observer));
-    observers_.push_back(guard);
-    return guard;
+    return observers_.add(std::move(observer));
 }
 
 void AppStore::markChanged(StoreField field) {
@@ -82,13 +80,7 @@ void AppStore::markChanged(StoreField field) {
 
 void AppStore::tellObservers() {
     const StoreChanges changes = std::exchange(changes_, {});
-    observers_.remove_if([](const auto& observer) { return observer.expired(); });
-    const auto told = observers_;
-    for (const auto& weak : told) {
-        if (const auto observer = weak.lock()) {
-            (*observer)(changes);
-        }
-    }
+    observers_.tell(changes);
 }
 
 bool AppStore::holds(const ReplyGuard& guard) const {

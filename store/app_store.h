@@ -7,6 +7,7 @@
 #include "platform/key_store.h"
 #include "platform/login_item.h"
 #include "platform/notification_center.h"
+#include "platform/observer_list.h"
 #include "platform/power_off.h"
 #include "platform/random_source.h"
 #include "platform/string_table.h"
@@ -25,7 +26,6 @@
 #include <deque>
 #include <expected>
 #include <functional>
-#include <list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -251,7 +251,7 @@ private:
     SessionPublicationGeneration publicationGeneration_;
     std::optional<platform::SteadyTime> lastRevalidateAt_;  ///< none: never
     bool loginScopeSignOutInFlight_ = false;
-    std::unique_ptr<platform::PowerOffNotifications::Observer> powerOffObserver_;
+    platform::Observation powerOffObserver_;
     platform::TaskHandle setupQrTask_;
     platform::TaskHandle signInCodeTask_;
     std::weak_ptr<void> signInCodeViewer_;
@@ -259,7 +259,7 @@ private:
     bool notificationActionInFlight_ = false;
 
     StoreChanges changes_;
-    std::list<std::weak_ptr<Observer>> observers_;
+    platform::ObserverList<const StoreChanges&> observers_;
 };
 
 /// Whether a press in a notification may still act: the notification was for this member, the signal is still one that

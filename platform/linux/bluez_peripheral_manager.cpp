@@ -4,28 +4,21 @@
 #include "platform/linux/dbus_calls.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 #include <vector>
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QObject>
-#include <boost/asio/post.hpp>
 
 namespace zelkovanta::platform::linux_host {
-
-namespace asio = boost::asio;
 
 namespace {
 
 const QString advertisementPath = QStringLiteral("/com/zelkovanta/Desktop/advertisement");
 const QString objectsInterface = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
-constexpr int answerLimit = 25'000;
 
 bool isOfRadio(const QString& interface) {
     return interface == bluezAdapter || interface == bluezAdvertising;
@@ -52,20 +45,17 @@ public:
         State(PeripheralManager& manager, std::weak_ptr<PeripheralManagerDelegate> delegate, Executor main)
             : manager_(&manager), delegate_(std::move(delegate)), main_(std::move(main)) {}
 
-        void begin(const Executor& workers) {
-            asio::post(workers, [main = main_, weak = weak_from_this()] {
-                const bool isConnected = QDBusConnection::systemBus().isConnected();
-                asio::post(main, [weak, isConnected] {
-                    const auto self = weak.lock();
-                    if (!self || self->manager_ == nullptr) {
-                        return;
-                    }
-                    if (isConnected) {
-                        self->follow();
-                    } else {
-                        self->become({.state = PeripheralManagerState::unsupported, .adapter = {}});
-                    }
-                });
+        void begin(const Executor& connecting) {
+            connectToBus(Bus::system, connecting, main_, [weak = weak_from_this()](bool isConnected) {
+                const auto self = weak.lock();
+                if (!self || self->manager_ == nullptr) {
+                    return;
+                }
+                if (isConnected) {
+                    self->follow();
+                } else {
+                    self->become({.state = PeripheralManagerState::unsupported, .adapter = {}});
+                }
             });
         }
 
@@ -173,15 +163,8 @@ public:
             return message;
         }
 
-        void call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> answer) {
-            auto* const watcher = new QDBusPendingCallWatcher(
-                QDBusConnection::systemBus().asyncCall(message, answerLimit), receiver_.get());
-            QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
-                             [watcher, answer = std::move(answer)] {
-                                 const auto handler = answer;
-                                 watcher->deleteLater();
-                                 handler(watcher->reply());
-                             });
+        void call(const QDBusMessage& message, Completion<const QDBusMessage&> answer) {
+            callBus(QDBusConnection::systemBus(), message, usualCallLimit, *receiver_, std::move(answer));
         }
 
         void forgetAdvertisement() {
@@ -204,9 +187,9 @@ public:
         std::unique_ptr<QObject> receiver_;
     };
 
-    BluezPeripheralManager(std::weak_ptr<PeripheralManagerDelegate> delegate, Executor main, const Executor& workers)
+    BluezPeripheralManager(std::weak_ptr<PeripheralManagerDelegate> delegate, Executor main, const Executor& connecting)
         : state_(std::make_shared<State>(*this, std::move(delegate), std::move(main))) {
-        state_->begin(workers);
+        state_->begin(connecting);
     }
     ~BluezPeripheralManager() override { state_->end(); }
     BluezPeripheralManager(const BluezPeripheralManager&) = delete;
@@ -223,11 +206,11 @@ private:
 
 }  // namespace
 
-BluezPeripheralManagers::BluezPeripheralManagers(Executor main, Executor workers)
-    : main_(std::move(main)), workers_(std::move(workers)) {}
+BluezPeripheralManagers::BluezPeripheralManagers(Executor main, Executor connecting)
+    : main_(std::move(main)), connecting_(std::move(connecting)) {}
 
 std::unique_ptr<PeripheralManager> BluezPeripheralManagers::make(std::weak_ptr<PeripheralManagerDelegate> delegate) {
-    return std::make_unique<BluezPeripheralManager>(std::move(delegate), main_, workers_);
+    return std::make_unique<BluezPeripheralManager>(std::move(delegate), main_, connecting_);
 }
 
 }  // namespace zelkovanta::platform::linux_host

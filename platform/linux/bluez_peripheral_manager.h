@@ -11,16 +11,16 @@ namespace zelkovanta::platform::linux_host {
 /// made: no connection, no call, no service started.
 ///
 /// The first adapter that is powered and can advertise is used. Main thread; connecting to the bus, which may block,
-/// happens on a worker.
+/// happens on `connecting`.
 class BluezPeripheralManagers final : public PeripheralManagers {
 public:
-    BluezPeripheralManagers(Executor main, Executor workers);
+    BluezPeripheralManagers(Executor main, Executor connecting);
 
     [[nodiscard]] std::unique_ptr<PeripheralManager> make(std::weak_ptr<PeripheralManagerDelegate> delegate) override;
 
 private:
     Executor main_;
-    Executor workers_;
+    Executor connecting_;
 };
 
 }  // namespace zelkovanta::platform::linux_host

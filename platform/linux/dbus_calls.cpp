@@ -5,18 +5,36 @@
 
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
+#include <boost/asio/post.hpp>
 
 namespace zelkovanta::platform::linux_host {
+
+void connectToBus(Bus bus, const Executor& connecting, Executor main, Completion<bool> done) {
+    boost::asio::post(connecting, [bus, main = std::move(main), done = std::move(done)]() mutable {
+        const bool isConnected =
+            (bus == Bus::session ? QDBusConnection::sessionBus() : QDBusConnection::systemBus()).isConnected();
+        boost::asio::post(main, [isConnected, done = std::move(done)]() mutable { done(isConnected); });
+    });
+}
+
+void callBus(const QDBusConnection& bus, const QDBusMessage& call, std::chrono::milliseconds limit, QObject& owner,
+             Completion<const QDBusMessage&> answer) {
+    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, static_cast<int>(limit.count())), &owner);
+    const auto shared = std::make_shared<Completion<const QDBusMessage&>>(std::move(answer));
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, shared] {
+        // What the answer leads to may destroy the owner, and this with it.
+        const auto kept = shared;
+        const auto reply = watcher->reply();
+        watcher->deleteLater();
+        (*kept)(reply);
+    });
+}
 
 Awaitable<QDBusMessage> callBus(QDBusConnection bus, QDBusMessage call, std::chrono::milliseconds limit,
                                 QObject& owner) {
     auto begin = [bus, call = std::move(call), limit, &owner](Completion<QDBusMessage> done) {
-        auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, static_cast<int>(limit.count())), &owner);
-        auto shared = std::make_shared<Completion<QDBusMessage>>(std::move(done));
-        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, shared] {
-            (*shared)(watcher->reply());
-            watcher->deleteLater();
-        });
+        callBus(bus, call, limit, owner,
+                [done = std::move(done)](const QDBusMessage& answer) mutable { done(answer); });
     };
     return awaitCallback<QDBusMessage>(std::move(begin));
 }

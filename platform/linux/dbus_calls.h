@@ -3,6 +3,7 @@
 #include "platform/linux/callback_awaitable.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 
 #include <QDBusConnection>
@@ -11,8 +12,21 @@
 
 namespace zelkovanta::platform::linux_host {
 
-/// Calls without waiting, and gives the reply or the error message. Main thread. Destroying `owner` lets go of the
-/// coroutine that waits.
+enum class Bus : std::uint8_t { session, system };
+
+/// Connects to a bus, which may wait for long, on `connecting`; `done` is called on `main` and told whether there is
+/// one. From any thread. Once connected, `QDBusConnection::sessionBus` and `systemBus` never wait.
+void connectToBus(Bus bus, const Executor& connecting, Executor main, Completion<bool> done);
+
+/// As long as the library waits for an answer by itself.
+inline constexpr std::chrono::milliseconds usualCallLimit{25'000};
+
+/// Calls without waiting; `answer` is given the reply or the error message, unless `owner` is destroyed before. Main
+/// thread.
+void callBus(const QDBusConnection& bus, const QDBusMessage& call, std::chrono::milliseconds limit, QObject& owner,
+             Completion<const QDBusMessage&> answer);
+
+/// The same for a coroutine. Destroying `owner` lets go of it.
 [[nodiscard]] Awaitable<QDBusMessage> callBus(QDBusConnection bus, QDBusMessage call, std::chrono::milliseconds limit,
                                               QObject& owner);
 
@@ -25,7 +39,7 @@ public:
     DBusSignal(QDBusConnection bus, const QString& sender, const QString& path, const QString& interface,
                const QString& name, Handler handler);
 
-private slots:
+private Q_SLOTS:
     void received(const QDBusMessage& signal);
 
 private:

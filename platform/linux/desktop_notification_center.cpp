@@ -1,5 +1,6 @@
 #include "platform/linux/desktop_notification_center.h"
 
+#include "platform/linux/dbus_calls.h"
 #include "platform/linux/notification_bus.h"
 #include "platform/linux/notification_keeper.h"
 #include "platform/linux/notification_ledger.h"
@@ -39,20 +40,17 @@ public:
           player_(settings.sounds, settings.players),
           bus_([this](Event event) { handle(std::move(event)); }) {}
 
-    void begin(const Executor& workers) {
-        asio::post(workers, [main = main_, weak = weak_from_this()] {
-            const bool isConnected = NotificationBus::connect();
-            asio::post(main, [weak, isConnected] {
-                const auto self = weak.lock();
-                if (!self || self->isEnded_) {
-                    return;
-                }
-                if (isConnected) {
-                    self->bus_.follow();
-                } else {
-                    self->handle(BusMissing{});
-                }
-            });
+    void begin(const Executor& connecting) {
+        connectToBus(Bus::session, connecting, main_, [weak = weak_from_this()](bool isConnected) {
+            const auto self = weak.lock();
+            if (!self || self->isEnded_) {
+                return;
+            }
+            if (isConnected) {
+                self->bus_.follow();
+            } else {
+                self->handle(BusMissing{});
+            }
         });
         wakeWhenDue();
     }
@@ -209,9 +207,9 @@ private:
 };
 
 DesktopNotificationCenter::DesktopNotificationCenter(const Settings& settings, Clock& clock, Executor main,
-                                                     Executor workers, Executor files)
+                                                     const Executor& connecting, Executor files)
     : state_(std::make_shared<State>(settings, clock, std::move(main), std::move(files))) {
-    state_->begin(workers);
+    state_->begin(connecting);
 }
 
 DesktopNotificationCenter::~DesktopNotificationCenter() {

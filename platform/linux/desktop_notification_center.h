@@ -19,8 +19,8 @@ namespace zelkovanta::platform::linux_host {
 /// The numbers of signal notifications are kept in a file, so that the next run can withdraw them: nothing that is
 /// shown is written. A button of a notification of the last run works with daemons that tell everybody of a press.
 ///
-/// Main thread; completions and the delegate are called there. Nothing waits for the bus: connecting happens on a
-/// worker, calls are answered later or never. Without permission to ask for, permission is always granted.
+/// Main thread; completions and the delegate are called there. Nothing waits for the bus: calls are answered later or
+/// never. Without permission to ask for, permission is always granted.
 class DesktopNotificationCenter final : public UserNotificationCenter {
 public:
     struct Settings {
@@ -31,8 +31,9 @@ public:
     /// What happens when a person clicks on a notification itself; `activationToken` is empty if the desktop gave none.
     using RaiseHandler = std::function<void(const std::string& activationToken)>;
 
-    /// `workers` is for what may block, `files` a serial queue of that kind.
-    DesktopNotificationCenter(const Settings& settings, Clock& clock, Executor main, Executor workers, Executor files);
+    /// Connecting to the bus may wait, so it happens on `connecting`; `files` is a serial queue for what may block.
+    DesktopNotificationCenter(const Settings& settings, Clock& clock, Executor main, const Executor& connecting,
+                              Executor files);
     /// Ends, if that was not done before.
     ~DesktopNotificationCenter() override;
     DesktopNotificationCenter(const DesktopNotificationCenter&) = delete;

@@ -43,10 +43,6 @@ Executor NetworkThread::makeSerialQueue() {
     return asio::make_strand(threads_->context);
 }
 
-Executor NetworkThread::workers() {
-    return threads_->workers.get_executor();
-}
-
 Executor NetworkThread::makeWorkerQueue() {
     return asio::make_strand(threads_->workers);
 }

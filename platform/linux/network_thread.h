@@ -12,7 +12,7 @@ class io_context;
 
 namespace zelkovanta::platform::linux_host {
 
-/// The thread of all traffic, and a few workers for what may block (files, services of the desktop).
+/// The thread of all traffic, and a few workers for files, which may block.
 ///
 /// Begins with its construction. What still waits after `stop` is destroyed with this object; coroutines are unwound
 /// through the executors that they came from, so those must live as long as this object does.
@@ -29,9 +29,7 @@ public:
     [[nodiscard]] Executor makeSerialQueue() override;
     void runAndWait(std::function<Awaitable<void>()> task, Duration limit) override;
 
-    /// Where blocking work may run.
-    [[nodiscard]] Executor workers();
-    /// A serial queue on the workers.
+    /// A serial queue on the workers, where work may block.
     [[nodiscard]] Executor makeWorkerQueue();
     [[nodiscard]] boost::asio::io_context& context();
 

@@ -7,8 +7,6 @@
 #include <utility>
 
 #include <QDBusConnection>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QStringList>
 #include <QVariantMap>
@@ -24,9 +22,8 @@ const QString path = QStringLiteral("/org/freedesktop/Notifications");
 const QString busService = QStringLiteral("org.freedesktop.DBus");
 const QString busPath = QStringLiteral("/org/freedesktop/DBus");
 
-constexpr int withoutLimit = std::numeric_limits<int>::max();
-constexpr int startLimit = 25'000;
-constexpr int silenceLimit = 500;
+constexpr std::chrono::milliseconds withoutLimit{std::numeric_limits<int>::max()};
+constexpr std::chrono::milliseconds silenceLimit{500};
 constexpr uchar normalUrgency = 1;
 constexpr int staysOnScreen = 0;
 constexpr int daemonsOwnTime = -1;
@@ -99,18 +96,9 @@ QVariantList notifyArguments(const Post& command) {
 
 }  // namespace
 
-bool NotificationBus::connect() {
-    return QDBusConnection::sessionBus().isConnected();
-}
-
-void NotificationBus::call(const QDBusMessage& message, int limit, Answer answer) {
-    auto* const watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(message, limit), receiver_.get());
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, answer = std::move(answer)] {
-        const auto handler = answer;
-        watcher->deleteLater();
-        handler(watcher->reply());
-    });
+void NotificationBus::call(const QDBusMessage& message, std::chrono::milliseconds limit,
+                           Completion<const QDBusMessage&> answer) {
+    callBus(QDBusConnection::sessionBus(), message, limit, *receiver_, std::move(answer));
 }
 
 void NotificationBus::hear(const char* name, std::function<std::optional<Event>(const QList<QVariant>&)> eventFrom) {
@@ -164,7 +152,7 @@ void NotificationBus::leave() {
 }
 
 void NotificationBus::start() {
-    call(callOfBus("StartServiceByName", {service, 0U}), startLimit,
+    call(callOfBus("StartServiceByName", {service, 0U}), usualCallLimit,
          [this](const QDBusMessage&) { listener_(StartEnded{}); });
 }
 

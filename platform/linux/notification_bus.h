@@ -3,6 +3,7 @@
 #include "platform/linux/dbus_calls.h"
 #include "platform/linux/notification_events.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,9 +25,7 @@ public:
 
     explicit NotificationBus(Listener listener) : listener_(std::move(listener)) {}
 
-    /// Connects to the bus, which may block; gives whether there is one. Any thread.
-    [[nodiscard]] static bool connect();
-    /// To be called once it is connected.
+    /// To be called once the session bus is connected to.
     void follow();
     /// Nothing is heard from here on.
     void leave();
@@ -40,8 +39,7 @@ public:
     void unlessSilenced(std::function<void()> play);
 
 private:
-    using Answer = std::function<void(const QDBusMessage&)>;
-    void call(const QDBusMessage& message, int limit, Answer answer);
+    void call(const QDBusMessage& message, std::chrono::milliseconds limit, Completion<const QDBusMessage&> answer);
     void hear(const char* name, std::function<std::optional<ledger::Event>(const QList<QVariant>&)> eventFrom);
     void tellFirst();
 

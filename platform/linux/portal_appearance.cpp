@@ -1,16 +1,14 @@
 #include "platform/linux/portal_appearance.h"
 
 #include "platform/linux/dbus_calls.h"
+#include "platform/observer_list.h"
 
-#include <list>
 #include <optional>
 #include <utility>
 
 #include <QDBusConnection>
-#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
-#include <boost/asio/post.hpp>
 
 namespace zelkovanta::platform::linux_host {
 
@@ -21,15 +19,6 @@ const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const QString colorSchemeKey = QStringLiteral("color-scheme");
-
-/// What one observer asked to be called.
-class Registration final : public Appearance::Observer {
-public:
-    explicit Registration(std::shared_ptr<std::function<void()>> handler) : handler_(std::move(handler)) {}
-
-private:
-    std::shared_ptr<std::function<void()>> handler_;
-};
 
 /// A reply wraps its value once more than a signal does.
 ColorScheme schemeIn(QVariant value) {
@@ -58,15 +47,10 @@ public:
     explicit State(Executor mainThread) : mainThread_(std::move(mainThread)) {}
 
     void begin(const Executor& connecting) {
-        boost::asio::post(connecting, [main = mainThread_, weak = weak_from_this()] {
-            if (!QDBusConnection::sessionBus().isConnected()) {
-                return;
+        connectToBus(Bus::session, connecting, mainThread_, [weak = weak_from_this()](bool isConnected) {
+            if (const auto self = weak.lock(); self && isConnected) {
+                self->follow();
             }
-            boost::asio::post(main, [weak] {
-                if (const auto self = weak.lock()) {
-                    self->follow();
-                }
-            });
         });
     }
 
@@ -74,17 +58,12 @@ public:
         isEnded_ = true;
         changed_.reset();
         portal_.reset();
-        handlers_.clear();
+        observers_.clear();
     }
 
     [[nodiscard]] ColorScheme scheme() const { return scheme_; }
 
-    std::unique_ptr<Observer> observe(std::function<void()> handler) {
-        auto shared = std::make_shared<std::function<void()>>(std::move(handler));
-        std::erase_if(handlers_, [](const auto& weak) { return weak.expired(); });
-        handlers_.push_back(shared);
-        return std::make_unique<Registration>(std::move(shared));
-    }
+    Observation observe(std::function<void()> handler) { return observers_.add(std::move(handler)); }
 
 private:
     void follow() {
@@ -104,16 +83,15 @@ private:
         auto call =
             QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, QStringLiteral("Read"));
         call.setArguments({appearanceGroup, colorSchemeKey});
-        auto* const watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), &receiver_);
-        QObject::connect(
-            watcher, &QDBusPendingCallWatcher::finished, &receiver_, [this, watcher, changesBefore = changes_] {
-                const auto arguments = watcher->reply().arguments();
-                // What was told meanwhile is newer than the answer.
-                if (!isEnded_ && !watcher->isError() && !arguments.isEmpty() && changesBefore == changes_) {
-                    become(schemeIn(arguments.constFirst()));
-                }
-                watcher->deleteLater();
-            });
+        callBus(QDBusConnection::sessionBus(), call, usualCallLimit, receiver_,
+                [this, changesBefore = changes_](const QDBusMessage& answer) {
+                    const auto arguments = answer.arguments();
+                    // What was told meanwhile is newer than the answer.
+                    if (!isEnded_ && answer.type() == QDBusMessage::ReplyMessage && !arguments.isEmpty() &&
+                        changesBefore == changes_) {
+                        become(schemeIn(arguments.constFirst()));
+                    }
+                });
     }
 
     void settingChanged(const QDBusMessage& signal) {
@@ -128,20 +106,14 @@ private:
         if (std::exchange(scheme_, scheme) == scheme) {
             return;
         }
-        // A copy, since a handler may end its own or another's observation.
-        const auto handlers = handlers_;
-        for (const auto& weak : handlers) {
-            if (const auto handler = weak.lock()) {
-                (*handler)();
-            }
-        }
+        observers_.tell();
     }
 
     Executor mainThread_;
     ColorScheme scheme_ = ColorScheme::unknown;
     int changes_ = 0;
     bool isEnded_ = false;
-    std::list<std::weak_ptr<std::function<void()>>> handlers_;
+    ObserverList<> observers_;
     std::optional<DBusSignal> changed_;
     std::optional<QDBusServiceWatcher> portal_;
     QObject receiver_;
@@ -164,7 +136,7 @@ ColorScheme PortalAppearance::colorScheme() const {
     return state_->scheme();
 }
 
-std::unique_ptr<Appearance::Observer> PortalAppearance::observe(std::function<void()> handler) {
+Observation PortalAppearance::observe(std::function<void()> handler) {
     return state_->observe(std::move(handler));
 }
 

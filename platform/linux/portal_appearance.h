@@ -21,7 +21,7 @@ public:
     void stop();
 
     [[nodiscard]] ColorScheme colorScheme() const override;
-    [[nodiscard]] std::unique_ptr<Observer> observe(std::function<void()> handler) override;
+    [[nodiscard]] Observation observe(std::function<void()> handler) override;
 
 private:
     class State;

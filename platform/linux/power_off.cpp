@@ -5,14 +5,11 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <list>
 #include <optional>
 #include <utility>
 
 #include <QCoreApplication>
 #include <QDBusConnection>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QDBusUnixFileDescriptor>
 #include <QGuiApplication>
@@ -33,36 +30,23 @@ const QString loginInterface = QStringLiteral("org.freedesktop.login1.Manager");
 /// How long a desktop session may take to end once it was announced.
 constexpr std::chrono::seconds logOutLimit{30};
 
-/// What one observer asked to be called.
-class Registration final : public PowerOffNotifications::Observer {
-public:
-    explicit Registration(std::shared_ptr<std::function<void()>> handler) : handler_(std::move(handler)) {}
-
-private:
-    std::shared_ptr<std::function<void()>> handler_;
-};
-
 }  // namespace
 
 class PowerOff::State : public std::enable_shared_from_this<State> {
 public:
-    State(Clock& clock, asio::io_context& network, Executor workers, Executor mainThread, std::function<void()> quit)
-        : clock_(clock),
-          workers_(std::move(workers)),
-          mainThread_(std::move(mainThread)),
-          quit_(std::move(quit)),
-          signals_(network, SIGTERM) {}
+    State(Clock& clock, asio::io_context& network, Executor mainThread, std::function<void()> quit)
+        : clock_(clock), mainThread_(std::move(mainThread)), quit_(std::move(quit)), signals_(network, SIGTERM) {}
 
-    void begin() {
+    void begin(const Executor& connecting) {
         waitForSignal();
         if (auto* const application = qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
             QObject::connect(
                 application, &QGuiApplication::commitDataRequest, &receiver_, [this] { logOutAnnounced(); },
                 Qt::DirectConnection);
         }
-        asio::post(workers_, [self = shared_from_this()] {
-            if (QDBusConnection::systemBus().isConnected()) {
-                asio::post(self->mainThread_, [self] { self->follow(); });
+        connectToBus(Bus::system, connecting, mainThread_, [self = shared_from_this()](bool isConnected) {
+            if (isConnected) {
+                self->follow();
             }
         });
     }
@@ -96,12 +80,7 @@ public:
         lock_ = {};
     }
 
-    std::unique_ptr<Observer> observe(std::function<void()> handler) {
-        auto shared = std::make_shared<std::function<void()>>(std::move(handler));
-        std::erase_if(handlers_, [](const auto& weak) { return weak.expired(); });
-        handlers_.push_back(shared);
-        return std::make_unique<Registration>(std::move(shared));
-    }
+    Observation observe(std::function<void()> handler) { return observers_.add(std::move(handler)); }
 
 private:
     void waitForSignal() {
@@ -124,13 +103,7 @@ private:
         if (std::exchange(hasRun_, true)) {
             return;
         }
-        // A copy, since a handler may end its own or another's observation.
-        const auto handlers = handlers_;
-        for (const auto& weak : handlers) {
-            if (const auto handler = weak.lock()) {
-                (*handler)();
-            }
-        }
+        observers_.tell();
     }
 
     void logOutAnnounced() {
@@ -161,25 +134,22 @@ private:
         call.setAutoStartService(false);
         call.setArguments({QStringLiteral("shutdown"), QStringLiteral("ZelkoVanta"),
                            QStringLiteral("Signing out of this computer"), QStringLiteral("delay")});
-        auto* const watcher = new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(call), &receiver_);
-        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &receiver_, [this, watcher] {
-            const auto arguments = watcher->reply().arguments();
+        callBus(QDBusConnection::systemBus(), call, usualCallLimit, receiver_, [this](const QDBusMessage& answer) {
+            const auto arguments = answer.arguments();
             // A lock that was granted while the shutdown was announced would hold it up for nothing.
-            if (!watcher->isError() && !arguments.isEmpty() && !isShuttingDown_) {
+            if (answer.type() == QDBusMessage::ReplyMessage && !arguments.isEmpty() && !isShuttingDown_) {
                 lock_ = qvariant_cast<QDBusUnixFileDescriptor>(arguments.constFirst());
             }
-            watcher->deleteLater();
         });
     }
 
     Clock& clock_;
-    Executor workers_;
     Executor mainThread_;
     std::function<void()> quit_;
     asio::signal_set signals_;
     /// Held open while a shutdown shall wait for us.
     QDBusUnixFileDescriptor lock_;
-    std::list<std::weak_ptr<std::function<void()>>> handlers_;
+    ObserverList<> observers_;
     bool hasRun_ = false;
     bool isShuttingDown_ = false;
     bool isEnded_ = false;
@@ -190,10 +160,10 @@ private:
     QObject receiver_;
 };
 
-PowerOff::PowerOff(Clock& clock, asio::io_context& network, Executor workers, Executor mainThread,
+PowerOff::PowerOff(Clock& clock, asio::io_context& network, const Executor& connecting, Executor mainThread,
                    std::function<void()> quit)
-    : state_(std::make_shared<State>(clock, network, std::move(workers), std::move(mainThread), std::move(quit))) {
-    state_->begin();
+    : state_(std::make_shared<State>(clock, network, std::move(mainThread), std::move(quit))) {
+    state_->begin(connecting);
 }
 
 PowerOff::~PowerOff() {
@@ -204,7 +174,7 @@ void PowerOff::stop() {
     state_->end();
 }
 
-std::unique_ptr<PowerOffNotifications::Observer> PowerOff::observe(std::function<void()> handler) {
+Observation PowerOff::observe(std::function<void()> handler) {
     return state_->observe(std::move(handler));
 }
 

@@ -22,8 +22,8 @@ namespace zelkovanta::platform::linux_host {
 class PowerOff final : public PowerOffNotifications {
 public:
     /// `quit` is called on the main thread after SIGTERM's handlers ran. Connecting to the bus may wait, so it happens
-    /// on `workers`. `clock` must outlive this object.
-    PowerOff(Clock& clock, boost::asio::io_context& network, Executor workers, Executor mainThread,
+    /// on `connecting`. `clock` must outlive this object.
+    PowerOff(Clock& clock, boost::asio::io_context& network, const Executor& connecting, Executor mainThread,
              std::function<void()> quit);
     ~PowerOff() override;
     PowerOff(const PowerOff&) = delete;
@@ -32,7 +32,7 @@ public:
     /// No handler is called from here on.
     void stop();
 
-    [[nodiscard]] std::unique_ptr<Observer> observe(std::function<void()> handler) override;
+    [[nodiscard]] Observation observe(std::function<void()> handler) override;
 
 private:
     class State;

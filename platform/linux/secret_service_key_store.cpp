@@ -1,6 +1,7 @@
 #include "platform/linux/secret_service_key_store.h"
 
 #include "platform/linux/callback_awaitable.h"
+#include "platform/linux/dbus_calls.h"
 #include "platform/linux/secret_service.h"
 #include "platform/task.h"
 
@@ -24,8 +25,8 @@ public:
     /// Done on the main thread; `service` is null without a bus.
     using Operation = std::move_only_function<Awaitable<void>(SecretService* service)>;
 
-    Queue(Executor mainThread, Executor workers, std::chrono::milliseconds callLimit)
-        : mainThread_(std::move(mainThread)), workers_(std::move(workers)), callLimit_(callLimit) {}
+    Queue(Executor mainThread, Executor connecting, std::chrono::milliseconds callLimit)
+        : mainThread_(std::move(mainThread)), connecting_(std::move(connecting)), callLimit_(callLimit) {}
 
     enum class Kind : std::uint8_t { read, change };
 
@@ -82,9 +83,8 @@ private:
     }
 
     [[nodiscard]] Awaitable<bool> connect() const {
-        auto begin = [workers = workers_](Completion<bool> done) {
-            boost::asio::post(
-                workers, [done = std::move(done)]() mutable { done(QDBusConnection::sessionBus().isConnected()); });
+        auto begin = [connecting = connecting_, main = mainThread_](Completion<bool> done) {
+            connectToBus(Bus::session, connecting, main, std::move(done));
         };
         return awaitCallback<bool>(std::move(begin));
     }
@@ -101,7 +101,7 @@ private:
     }
 
     Executor mainThread_;
-    Executor workers_;
+    Executor connecting_;
     std::chrono::milliseconds callLimit_;
     /// Owns the calls under way.
     std::unique_ptr<QObject> owner_ = std::make_unique<QObject>();
@@ -112,8 +112,9 @@ private:
     bool isEnded_ = false;
 };
 
-SecretServiceKeyStore::SecretServiceKeyStore(Executor mainThread, Executor workers, std::chrono::milliseconds callLimit)
-    : queue_(std::make_shared<Queue>(std::move(mainThread), std::move(workers), callLimit)) {}
+SecretServiceKeyStore::SecretServiceKeyStore(Executor mainThread, Executor connecting,
+                                             std::chrono::milliseconds callLimit)
+    : queue_(std::make_shared<Queue>(std::move(mainThread), std::move(connecting), callLimit)) {}
 
 SecretServiceKeyStore::~SecretServiceKeyStore() {
     queue_->end();

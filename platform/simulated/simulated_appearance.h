@@ -2,7 +2,6 @@
 
 #include "platform/appearance.h"
 
-#include <list>
 #include <utility>
 
 namespace zelkovanta::platform::simulated {
@@ -15,28 +14,17 @@ public:
     /// Tells the observers, within the call.
     void become(ColorScheme scheme) {
         scheme_ = scheme;
-        for (const auto& weak : std::list{handlers_}) {
-            if (const auto handler = weak.lock()) {
-                (*handler)();
-            }
-        }
+        observers_.tell();
     }
 
     [[nodiscard]] ColorScheme colorScheme() const override { return scheme_; }
-    [[nodiscard]] std::unique_ptr<Observer> observe(std::function<void()> handler) override {
-        auto shared = std::make_shared<std::function<void()>>(std::move(handler));
-        handlers_.push_back(shared);
-        return std::make_unique<Registration>(std::move(shared));
+    [[nodiscard]] Observation observe(std::function<void()> handler) override {
+        return observers_.add(std::move(handler));
     }
 
 private:
-    struct Registration final : Observer {
-        explicit Registration(std::shared_ptr<std::function<void()>> kept) : handler(std::move(kept)) {}
-        std::shared_ptr<std::function<void()>> handler;
-    };
-
     ColorScheme scheme_;
-    std::list<std::weak_ptr<std::function<void()>>> handlers_;
+    ObserverList<> observers_;
 };
 
 }  // namespace zelkovanta::platform::simulated

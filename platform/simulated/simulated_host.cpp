@@ -55,25 +55,4 @@ std::expected<void, std::string> SimulatedLoginItem::unregisterItem() {
     return {};
 }
 
-std::unique_ptr<PowerOffNotifications::Observer> SimulatedPowerOff::observe(std::function<void()> handler) {
-    class Registration final : public Observer {
-    public:
-        Registration(std::shared_ptr<Handlers> handlers, Handlers::iterator position)
-            : handlers_(std::move(handlers)), position_(position) {}
-        ~Registration() override { handlers_->erase(position_); }
-
-    private:
-        std::shared_ptr<Handlers> handlers_;
-        Handlers::iterator position_;
-    };
-    return std::make_unique<Registration>(handlers_, handlers_->insert(handlers_->end(), std::move(handler)));
-}
-
-void SimulatedPowerOff::announce() {
-    const auto told = *handlers_;
-    for (const auto& handler : told) {
-        handler();
-    }
-}
-
 }  // namespace zelkovanta::platform::simulated

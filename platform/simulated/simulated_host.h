@@ -8,7 +8,6 @@
 
 #include <expected>
 #include <functional>
-#include <list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -66,14 +65,15 @@ struct SimulatedLoginItem final : LoginItem {
 
 class SimulatedPowerOff final : public PowerOffNotifications {
 public:
-    [[nodiscard]] std::unique_ptr<Observer> observe(std::function<void()> handler) override;
+    [[nodiscard]] Observation observe(std::function<void()> handler) override {
+        return observers_.add(std::move(handler));
+    }
     /// Tells the observers, within the call.
-    void announce();
-    [[nodiscard]] std::size_t observerCount() const { return handlers_->size(); }
+    void announce() { observers_.tell(); }
+    [[nodiscard]] std::size_t observerCount() const { return observers_.size(); }
 
 private:
-    using Handlers = std::list<std::function<void()>>;
-    std::shared_ptr<Handlers> handlers_ = std::make_shared<Handlers>();
+    ObserverList<> observers_;
 };
 
 }  // namespace zelkovanta::platform::simulated

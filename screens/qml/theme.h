@@ -118,7 +118,7 @@ private:
     void refresh();
 
     platform::Appearance& appearance_;
-    std::unique_ptr<platform::Appearance::Observer> observation_;
+    platform::Observation observation_;
     bool dark_;
 
     const int badgeSize_ = 11;

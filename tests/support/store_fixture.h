@@ -113,7 +113,7 @@ public:
     std::shared_ptr<store::AppStore> store;
 
 private:
-    platform::NotificationCenter::Observer launchAtLoginObserver_;
+    platform::Observation launchAtLoginObserver_;
 };
 
 }  // namespace zelkovanta::support

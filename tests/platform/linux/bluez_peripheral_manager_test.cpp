@@ -138,7 +138,7 @@ struct BluezTest : testing::Test {
     QCoreApplication application{count, nullptr};
     QtMainThread mainThread;
     NetworkThread network;
-    BluezPeripheralManagers managers{mainThread.executor(), network.workers()};
+    BluezPeripheralManagers managers{mainThread.executor(), network.makeWorkerQueue()};
     std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>();
     std::optional<FakeBluez> bluez;
     std::unique_ptr<PeripheralManager> manager;
@@ -163,7 +163,7 @@ struct BluezTest : testing::Test {
 
 TEST_F(BluezTest, nothingIsAskedBeforeAManagerIsMade) {
     bluez.emplace();
-    BluezPeripheralManagers idle(mainThread.executor(), network.workers());
+    BluezPeripheralManagers idle(mainThread.executor(), network.makeWorkerQueue());
     manager = managers.make(delegate);
     EXPECT_EQ(manager->state(), unknown);
     EXPECT_TRUE(becomes(poweredOn));

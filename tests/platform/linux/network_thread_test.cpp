@@ -82,7 +82,7 @@ TEST(NetworkThreadTest, workThatWasNotBegunIsDestroyedUnrunWithTheThread) {
         NetworkThread network;
         network.stop();
         boost::asio::post(network.executor(), [witness] { ++*witness; });
-        boost::asio::post(network.workers(), [witness] { ++*witness; });
+        boost::asio::post(network.makeWorkerQueue(), [witness] { ++*witness; });
         EXPECT_EQ(witness.use_count(), 3);
     }
     EXPECT_EQ(*witness, 0);

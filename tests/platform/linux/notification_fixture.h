@@ -76,7 +76,7 @@ struct NotificationTest : testing::Test {
                 .players = {{QStringLiteral("/bin/sh"),
                              {QStringLiteral("-c"), QStringLiteral("basename \"$1\" >>\"$0\""),
                               QString::fromStdString((folder.path() / "played").string())}}}},
-            clock, mainThread.executor(), network.workers(), network.makeWorkerQueue());
+            clock, mainThread.executor(), network.makeWorkerQueue(), network.makeWorkerQueue());
         center->setDelegate(delegate);
         center->setNotificationCategories({{"READY_SIGNAL", {{"ONMYWAY", "On my way"}, {"DONE", "Done"}}}});
         center->setRaiseHandler([this](const std::string& token) { raised.push_back(token); });

@@ -69,11 +69,11 @@ struct PortalAppearanceTest : testing::Test {
     QtMainThread mainThread;
     NetworkThread network;
     std::optional<PortalAppearance> appearance;
-    std::unique_ptr<Appearance::Observer> observer;
+    Observation observer;
     int changes = 0;
 
     void begin() {
-        appearance.emplace(mainThread.executor(), network.workers());
+        appearance.emplace(mainThread.executor(), network.makeWorkerQueue());
         observer = appearance->observe([this] { ++changes; });
     }
     bool becomes(ColorScheme scheme) {
@@ -143,7 +143,7 @@ TEST_F(PortalAppearanceTest, nothingIsToldOnceStopped) {
     appearance->stop();
     const int questions = portal.questions;
     portal.change(appearanceGroup, colorSchemeKey, 2U);
-    PortalAppearance other(mainThread.executor(), network.workers());
+    PortalAppearance other(mainThread.executor(), network.makeWorkerQueue());
     EXPECT_TRUE(runUntil([&] { return portal.questions > questions; }));
     EXPECT_EQ(appearance->colorScheme(), ColorScheme::dark);
     EXPECT_EQ(changes, 1);

@@ -66,10 +66,11 @@ struct PowerOffTest : testing::Test {
     int handled = 0;
     int quits = 0;
     std::optional<PowerOff> powerOff;
-    std::unique_ptr<PowerOffNotifications::Observer> observer;
+    Observation observer;
 
     void begin() {
-        powerOff.emplace(clock, network.context(), network.workers(), mainThread.executor(), [this] { ++quits; });
+        powerOff.emplace(clock, network.context(), network.makeWorkerQueue(), mainThread.executor(),
+                         [this] { ++quits; });
         observer = powerOff->observe([this] { ++handled; });
     }
     void announceLogOut() {

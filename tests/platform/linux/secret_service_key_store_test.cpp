@@ -38,7 +38,7 @@ struct SecretServiceKeyStoreTest : testing::Test {
     QCoreApplication application{count, nullptr};
     QtMainThread mainThread;
     NetworkThread workers;
-    std::optional<SecretServiceKeyStore> store{std::in_place, mainThread.executor(), workers.workers(), 10s};
+    std::optional<SecretServiceKeyStore> store{std::in_place, mainThread.executor(), workers.makeWorkerQueue(), 10s};
 
     struct Reading {
         bool isDone = false;
@@ -151,7 +151,7 @@ TEST_F(GnomeKeyringTest, whatWasWrittenLastIsKeptWhenTheProgramEnds) {
     store->finishChanges(10s);
     store.reset();
     EXPECT_EQ(lookUp(token), "kept");
-    store.emplace(mainThread.executor(), workers.workers());
+    store.emplace(mainThread.executor(), workers.makeWorkerQueue());
     store->remove(token);
     store->finishChanges(10s);
     EXPECT_EQ(lookUp(token), "");
@@ -207,7 +207,7 @@ TEST_F(SecretServiceKeyStoreTest, withoutAServiceThereIsNoTokenAndAWriteIsIgnore
 
 TEST_F(SecretServiceKeyStoreTest, aServiceThatNeverAnswersIsGivenUpWhileTheLoopGoesOn) {
     const FakeSecretService fake(FakeSecretService::Behaviour::isSilent);
-    store.emplace(mainThread.executor(), workers.workers(), 200ms);
+    store.emplace(mainThread.executor(), workers.makeWorkerQueue(), 200ms);
     int turns = 0;
     QTimer beat;
     QObject::connect(&beat, &QTimer::timeout, [&] { ++turns; });
@@ -231,7 +231,7 @@ TEST_F(SecretServiceKeyStoreTest, aLockedServiceIsWaitedForUntilItIsUnlocked) {
     fake.isLocked = true;
     fake.isPromptSilent = true;
     // Waiting for the person has no limit, unlike waiting for an answer of the service.
-    store.emplace(mainThread.executor(), workers.workers(), 100ms);
+    store.emplace(mainThread.executor(), workers.makeWorkerQueue(), 100ms);
     const auto reading = beginRead(token);
     EXPECT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
     EXPECT_FALSE(runUntil([&] { return reading->isDone; }, 300ms));
