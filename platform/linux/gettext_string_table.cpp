@@ -1,6 +1,7 @@
 #include "platform/linux/gettext_string_table.h"
 
 #include "platform/linux/atomic_file.h"
+#include "platform/linux/locale_name.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -27,27 +28,16 @@ bool isTag(std::string_view text) {
 
 /// "de" or "de_AT" of a locale's name; none for "C", "POSIX" and what names no language.
 std::optional<std::string> languageOf(std::string_view locale) {
-    locale = locale.substr(0, locale.find_first_of(".@"));
-    const auto separator = std::min(locale.find('_'), locale.size());
-    const std::string_view language = locale.substr(0, separator);
-    if (!isTag(language) || language == "POSIX") {
+    const LocaleName name(locale);
+    if (!isTag(name.language) || name.language == "POSIX") {
         return std::nullopt;
     }
-    const bool hasTerritory = separator < locale.size() && isTag(locale.substr(separator + 1));
-    return std::string{hasTerritory ? locale : language};
+    std::string language{name.language};
+    return isTag(name.territory) ? language + '_' + std::string{name.territory} : language;
 }
 
 bool isSource(std::string_view language) {
     return language.substr(0, language.find('_')) == sourceLanguage;
-}
-
-std::string localeOf(const Environment& environment) {
-    for (const auto* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (auto value = environment(variable)) {
-            return *value;
-        }
-    }
-    return {};
 }
 
 /// What msgfmt writes: numbers of four bytes, the low one first; the place of a text is its length and its offset, and
@@ -112,7 +102,7 @@ std::optional<std::map<std::string, std::string, std::less<>>> textsOf(const Cat
 
 std::vector<std::string> messageLanguages(const Environment& environment) {
     std::vector<std::string> languages;
-    const std::string locale = localeOf(environment);
+    const std::string locale = messageLocale(environment);
     if (languageOf(locale)) {
         const std::string list = environment("LANGUAGE").value_or(locale);
         std::string_view rest = list;

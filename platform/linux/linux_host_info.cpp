@@ -1,6 +1,8 @@
 #include "platform/linux/linux_host_info.h"
 
 #include "platform/linux/atomic_file.h"
+#include "platform/linux/locale_name.h"
+#include "records/text.h"
 
 #include <algorithm>
 #include <array>
@@ -21,26 +23,6 @@ namespace {
 constexpr std::size_t maximumFactSize = std::size_t{256} * 1024;
 constexpr int busLimit = 1000;
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blank = " \t\r\n\0";
-    const auto first = text.find_first_not_of(blank);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(blank) - first + 1);
-}
-
-std::string firstScalars(std::string_view text, std::size_t count) {
-    std::size_t end = 0;
-    for (; end < text.size(); ++end) {
-        const bool beginsScalar = (static_cast<std::uint8_t>(text[end]) & 0xc0U) != 0x80U;
-        if (beginsScalar && count-- == 0) {
-            break;
-        }
-    }
-    return std::string{text.substr(0, end)};
-}
-
 /// Calls `use` with each line until it gives a value.
 template <class Use>
 std::optional<std::string> findLine(std::string_view text, const Use& use) {
@@ -56,7 +38,8 @@ std::optional<std::string> findLine(std::string_view text, const Use& use) {
 
 /// The value of a shell-like assignment, without its quotes.
 std::string unquoted(std::string_view value) {
-    value = trimmed(value);
+    const std::string bare = records::trimmed(value);
+    value = bare;
     const bool isQuoted =
         value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front();
     if (!isQuoted) {
@@ -80,18 +63,6 @@ bool isAlphabetic(std::string_view text) {
 bool isRegion(std::string_view text) {
     return (text.size() == 2 && isAlphabetic(text)) ||
            (text.size() == 3 && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; }));
-}
-
-std::string cased(std::string_view text, bool upper) {
-    std::string result{text};
-    for (char& c : result) {
-        if (upper && c >= 'a' && c <= 'z') {
-            c = static_cast<char>(c - 'a' + 'A');
-        } else if (!upper && c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
-        }
-    }
-    return result;
 }
 
 std::string idOf(const QDBusConnection& bus) {
@@ -120,21 +91,16 @@ std::optional<std::string> assignedValue(std::string_view text, std::string_view
 
 std::string languageTag(std::string_view locale) {
     constexpr std::string_view fallback = "en-US";
-    const auto modifier = locale.find('@');
-    const bool isLatin = modifier != std::string_view::npos && locale.substr(modifier + 1) == "latin";
-    const bool isCyrillic = modifier != std::string_view::npos && locale.substr(modifier + 1) == "cyrillic";
-    locale = locale.substr(0, std::min(locale.find('.'), modifier));
-    const auto separator = std::min(locale.find('_'), locale.find('-'));
-    const std::string_view language = locale.substr(0, separator);
-    if (language.size() < 2 || language.size() > 3 || !isAlphabetic(language)) {
+    const LocaleName name(locale);
+    if (name.language.size() < 2 || name.language.size() > 3 || !isAlphabetic(name.language)) {
         return std::string{fallback};
     }
-    std::string tag = cased(language, false);
-    if (isLatin || isCyrillic) {
-        tag += isLatin ? "-Latn" : "-Cyrl";
+    std::string tag = records::lowercased(name.language);
+    if (name.modifier == "latin" || name.modifier == "cyrillic") {
+        tag += name.modifier == "latin" ? "-Latn" : "-Cyrl";
     }
-    if (separator != std::string_view::npos && isRegion(locale.substr(separator + 1))) {
-        tag += "-" + cased(locale.substr(separator + 1), true);
+    if (isRegion(name.territory)) {
+        tag += "-" + records::uppercased(name.territory);
     }
     return tag;
 }
@@ -157,16 +123,16 @@ std::optional<std::string> LinuxHostInfo::firstLine(const char* file) const {
     if (!content) {
         return std::nullopt;
     }
-    const std::string_view line = trimmed(std::string_view{*content}.substr(0, content->find('\n')));
-    return line.empty() ? std::nullopt : std::optional<std::string>{line};
+    auto line = records::trimmed(std::string_view{*content}.substr(0, content->find('\n')));
+    return line.empty() ? std::nullopt : std::optional{std::move(line)};
 }
 
 std::string LinuxHostInfo::localizedName() const {
     const auto machine = readFile(sources_.root / "etc/machine-info", maximumFactSize);
     const auto pretty = findLine(machine.value_or(""), [](std::string_view line) -> std::optional<std::string> {
         constexpr std::string_view name = "PRETTY_HOSTNAME=";
-        line = trimmed(line);
-        auto value = line.starts_with(name) ? unquoted(line.substr(name.size())) : "";
+        const std::string assignment = records::trimmed(line);
+        auto value = assignment.starts_with(name) ? unquoted(assignment.substr(name.size())) : "";
         return value.empty() ? std::nullopt : std::optional{std::move(value)};
     });
     if (pretty) {
@@ -177,23 +143,18 @@ std::string LinuxHostInfo::localizedName() const {
 }
 
 std::string LinuxHostInfo::hardwareModel() const {
-    return firstScalars(firstLine("sys/class/dmi/id/product_name").value_or(""), 80);
+    return records::scalarPrefix(80, firstLine("sys/class/dmi/id/product_name").value_or(""));
 }
 
 std::string LinuxHostInfo::localeIdentifier() const {
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (const auto locale = sources_.environment(name)) {
-            return languageTag(*locale);
-        }
-    }
-    return languageTag("C");
+    return languageTag(messageLocale(sources_.environment));
 }
 
 double LinuxHostInfo::bootTime() const {
     const auto statistics = readFile(sources_.root / "proc/stat", maximumFactSize);
     const auto found = findLine(statistics.value_or(""), [](std::string_view line) -> std::optional<std::string> {
         constexpr std::string_view name = "btime ";
-        return line.starts_with(name) ? std::optional<std::string>{trimmed(line.substr(name.size()))} : std::nullopt;
+        return line.starts_with(name) ? std::optional{records::trimmed(line.substr(name.size()))} : std::nullopt;
     });
     const std::string digits = found.value_or("");
     double seconds = 0;

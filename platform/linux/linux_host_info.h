@@ -48,7 +48,7 @@ private:
     mutable std::string busId_;
 };
 
-/// BCP 47 from a locale's name such as "de_DE.UTF-8@euro"; "en-US" for "C", "POSIX" and what is no locale.
+/// BCP 47 from a locale's name such as "de_DE.UTF-8@euro"; "en-US" for "C", "POSIX", nothing and what is no locale.
 [[nodiscard]] std::string languageTag(std::string_view locale);
 
 }  // namespace zelkovanta::platform::linux_host

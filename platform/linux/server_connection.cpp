@@ -1,6 +1,7 @@
 #include "platform/linux/server_connection.h"
 
 #include "platform/linux/name_lookup.h"
+#include "records/base64.h"
 
 #include <netinet/tcp.h>
 #include <optional>
@@ -15,7 +16,6 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
-#include <openssl/evp.h>
 
 namespace zelkovanta::platform::linux_host {
 
@@ -32,16 +32,6 @@ constexpr auto token = asio::as_tuple(asio::use_awaitable_t<Executor>{});
 /// How long one of several addresses may take before the next is tried.
 constexpr std::chrono::seconds addressLimit{2};
 constexpr std::size_t maximumProxyAnswer = std::size_t{16} * 1024;
-
-std::string base64(const std::string& text) {
-    std::string encoded((text.size() + 2) / 3 * 4 + 1, '\0');
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes are what the library takes.
-    const int size =
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
-                        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-    encoded.resize(static_cast<std::size_t>(size));
-    return encoded;
-}
 
 std::string bracketed(const std::string& host) {
     return host.find(':') == std::string::npos ? host : "[" + host + "]";
@@ -72,7 +62,7 @@ Awaitable<bool> askForTunnel(Stream& stream, std::string credentials, UrlParts u
     const std::string target = bracketed(url.host) + ":" + std::to_string(url.port);
     std::string request = "CONNECT " + target + " HTTP/1.1\r\nHost: " + target + "\r\n";
     if (!credentials.empty()) {
-        request += "Proxy-Authorization: Basic " + base64(credentials) + "\r\n";
+        request += "Proxy-Authorization: Basic " + records::encodeBase64(credentials) + "\r\n";
     }
     request += "\r\n";
     for (std::size_t sent = 0; sent < request.size();) {

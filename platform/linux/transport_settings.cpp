@@ -1,6 +1,7 @@
 #include "platform/linux/transport_settings.h"
 
 #include "platform/linux/url_parts.h"
+#include "records/text.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,13 +17,6 @@ namespace zelkovanta::platform::linux_host {
 namespace ip = boost::asio::ip;
 
 namespace {
-
-bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-    return std::ranges::equal(left, right, [](char a, char b) {
-        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-        return lower(a) == lower(b);
-    });
-}
 
 bool isInNetwork(const ip::address& address, std::string_view network) {
     boost::system::error_code failed;
@@ -54,7 +48,7 @@ bool matches(std::string_view host, std::string_view entry) {
     }
     const auto tail = host.substr(host.size() - entry.size());
     const bool wholeLabels = tail.size() == host.size() || host[host.size() - tail.size() - 1] == '.';
-    return wholeLabels && equalsIgnoringCase(tail, entry);
+    return wholeLabels && records::lowercased(tail) == records::lowercased(entry);
 }
 
 bool isListed(std::string_view host, std::string_view list) {

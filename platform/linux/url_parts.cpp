@@ -1,6 +1,7 @@
 #include "platform/linux/url_parts.h"
 
-#include <algorithm>
+#include "records/text.h"
+
 #include <charconv>
 #include <system_error>
 
@@ -11,13 +12,6 @@
 namespace zelkovanta::platform::linux_host {
 
 namespace {
-
-std::string lowercase(std::string_view text) {
-    std::string lower{text};
-    std::ranges::transform(lower, lower.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
 
 std::uint16_t portOfScheme(std::string_view scheme) {
     if (scheme == "http" || scheme == "ws") {
@@ -37,7 +31,7 @@ std::optional<UrlParts> parseUrl(std::string_view url) {
         return std::nullopt;
     }
     UrlParts parts;
-    parts.scheme = lowercase(std::string_view{parsed->scheme().data(), parsed->scheme().size()});
+    parts.scheme = records::lowercased(std::string_view{parsed->scheme().data(), parsed->scheme().size()});
     parts.port = portOfScheme(parts.scheme);
     if (parts.port == 0) {
         return std::nullopt;
@@ -64,7 +58,7 @@ bool isLoopback(std::string_view host) {
     boost::system::error_code failed;
     const auto address = boost::asio::ip::make_address(std::string{host}, failed);
     if (failed) {
-        const std::string name = lowercase(host);
+        const std::string name = records::lowercased(host);
         return name == "localhost" || name.ends_with(".localhost");
     }
     return address.is_loopback();
