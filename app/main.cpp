@@ -1,5 +1,6 @@
 #include "app/single_instance.h"
 #include "app/wiring.h"
+#include "platform/linux/application_id.h"
 
 #include <chrono>
 #include <csignal>
@@ -16,10 +17,10 @@ namespace {
 
 using zelkovanta::app::SingleInstance;
 using zelkovanta::app::Wiring;
+using zelkovanta::platform::linux_host::applicationId;
 using zelkovanta::platform::linux_host::FileRoots;
 using zelkovanta::platform::linux_host::LinuxHost;
 
-constexpr auto applicationId = "com.zelkovanta.Desktop";
 constexpr int wrongUse = 2;
 /// Even a bus that is only being started answers sooner.
 constexpr std::chrono::seconds busLimit{1};

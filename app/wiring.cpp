@@ -1,5 +1,6 @@
 #include "app/wiring.h"
 
+#include "platform/linux/application_id.h"
 #include "records/url.h"
 
 #include <string>
@@ -10,8 +11,6 @@
 namespace zelkovanta::app {
 
 namespace {
-
-constexpr auto busName = "com.zelkovanta.Desktop";
 
 records::Url defaultServerURL() {
     const auto url = records::Url::parse(ZELKOVANTA_SERVER_URL);
@@ -26,7 +25,7 @@ records::Url defaultServerURL() {
 Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
     : host_(settings),
       keyStore_(host_.keyStore(), settings.profile),
-      strings_(settings.resources, settings.environment),
+      strings_(host_.strings()),
       notifications_(alerts::NotificationService::start({.main = host_.mainThread().executor(),
                                                          .center = host_.userNotifications(),
                                                          .random = host_.random(),
@@ -44,8 +43,8 @@ Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
     mainWindow_.setPage(*page_, host_.appearance());
     host_.userNotifications().setRaiseHandler(
         [this](const std::string& token) { bringForward(QString::fromStdString(token)); });
-    busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(busName), host_.sessionBusThread(),
-                                                 host_.mainThread().executor(),
+    busPresence_ = std::make_unique<BusPresence>(settings.profile.applyToBusName(platform::linux_host::applicationId),
+                                                 host_.sessionBusThread(), host_.mainThread().executor(),
                                                  [this](const QString& token) { bringForward(token); });
 }
 

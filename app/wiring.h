@@ -6,9 +6,9 @@
 #include "app/later_services.h"
 #include "app/main_window.h"
 #include "app/profile_key_store.h"
-#include "platform/linux/gettext_string_table.h"
 #include "platform/linux/linux_host.h"
 #include "platform/notification_center.h"
+#include "platform/string_table.h"
 #include "screens/qml/page_model.h"
 #include "screens/qml/string_table_translator.h"
 #include "store/app_store.h"
@@ -41,7 +41,7 @@ private:
     platform::linux_host::LinuxHost host_;
     ProfileKeyStore keyStore_;
     platform::NotificationCenter notificationCenter_;
-    platform::linux_host::GettextStringTable strings_;
+    const platform::StringTable& strings_;
     screens::qml::StringTableTranslator translator_{strings_};
 
     std::shared_ptr<alerts::NotificationService> notifications_;

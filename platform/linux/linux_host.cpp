@@ -1,5 +1,6 @@
 #include "platform/linux/linux_host.h"
 
+#include "platform/linux/application_id.h"
 #include "platform/linux/transport_settings.h"
 
 #include <chrono>
@@ -44,10 +45,11 @@ LinuxHost::LinuxHost(const Settings& settings)
       keyStore_(mainThread_.executor(), buses_.session()),
       defaults_(settings.roots.config / "zelkovanta" / "settings.ini", network_.makeWorkerQueue()),
       information_(settings.resources),
-      loginItem_(
-          settings.roots.config / "autostart" / (settings.profile.applyTo("com.zelkovanta.Desktop") + ".desktop"),
-          settings.program),
-      powerOff_(clock_, network_.context(), buses_.system(), mainThread_.executor(), [] { QCoreApplication::quit(); }),
+      strings_(settings.resources, settings.environment),
+      loginItem_(settings.roots.config / "autostart" / (settings.profile.applyTo(applicationId) + ".desktop"),
+                 settings.program, strings_),
+      powerOff_(clock_, network_.context(), buses_.system(), mainThread_.executor(), strings_,
+                [] { QCoreApplication::quit(); }),
       userNotifications_(
           {.file = settings.roots.state / "zelkovanta" / "notifications.json", .sounds = settings.resources / "sounds"},
           clock_, mainThread_.executor(), buses_.session(), network_.makeWorkerQueue()),

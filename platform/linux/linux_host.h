@@ -8,6 +8,7 @@
 #include "platform/linux/curl_url_session.h"
 #include "platform/linux/desktop_notification_center.h"
 #include "platform/linux/environment.h"
+#include "platform/linux/gettext_string_table.h"
 #include "platform/linux/ini_user_defaults.h"
 #include "platform/linux/linux_host_info.h"
 #include "platform/linux/network_thread.h"
@@ -69,6 +70,7 @@ public:
     [[nodiscard]] PeripheralManagers& peripheralManagers() { return peripheralManagers_; }
     [[nodiscard]] Appearance& appearance() { return appearance_; }
     [[nodiscard]] HostInfo& info() { return info_; }
+    [[nodiscard]] const StringTable& strings() const { return strings_; }
 
 private:
     // What work comes back to is declared before what does the work, and so outlives it.
@@ -84,6 +86,7 @@ private:
     SecretServiceKeyStore keyStore_;
     IniUserDefaults defaults_;
     BundleInformation information_;
+    GettextStringTable strings_;
     XdgLoginItem loginItem_;
     PowerOff powerOff_;
     DesktopNotificationCenter userNotifications_;

@@ -1,5 +1,6 @@
 #include "platform/linux/notification_bus.h"
 
+#include "platform/linux/application_id.h"
 #include "platform/linux/notification_text.h"
 
 #include <limits>
@@ -73,7 +74,7 @@ QVariantList notifyArguments(const Post& command) {
             actions << QString::fromStdString(action.identifier) << notificationTitle(action.title);
         }
     }
-    QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("com.zelkovanta.Desktop")},
+    QVariantMap hints{{QStringLiteral("desktop-entry"), QString::fromLatin1(applicationId)},
                       {QStringLiteral("category"), QStringLiteral("im.received")},
                       {QStringLiteral("urgency"), QVariant::fromValue(normalUrgency)}};
     if (command.hasDaemonSound) {
@@ -86,7 +87,7 @@ QVariantList notifyArguments(const Post& command) {
     const int time = command.capabilities.persistence ? daemonsOwnTime : staysOnScreen;
     return {QStringLiteral("ZelkoVanta"),
             command.replaces,
-            QStringLiteral("com.zelkovanta.Desktop"),
+            QString::fromLatin1(applicationId),
             notificationTitle(content.title),
             notificationBody(content.body, reading),
             actions,

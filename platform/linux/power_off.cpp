@@ -34,8 +34,13 @@ constexpr std::chrono::seconds logOutLimit{30};
 
 class PowerOff::State : public std::enable_shared_from_this<State> {
 public:
-    State(Clock& clock, asio::io_context& network, Executor mainThread, std::function<void()> quit)
-        : clock_(clock), mainThread_(std::move(mainThread)), quit_(std::move(quit)), signals_(network, SIGTERM) {}
+    State(Clock& clock, asio::io_context& network, Executor mainThread, const StringTable& strings,
+          std::function<void()> quit)
+        : clock_(clock),
+          mainThread_(std::move(mainThread)),
+          strings_(strings),
+          quit_(std::move(quit)),
+          signals_(network, SIGTERM) {}
 
     void begin(const Executor& connecting) {
         waitForSignal();
@@ -133,7 +138,8 @@ private:
         auto call = QDBusMessage::createMethodCall(loginService, loginPath, loginInterface, QStringLiteral("Inhibit"));
         call.setAutoStartService(false);
         call.setArguments({QStringLiteral("shutdown"), QStringLiteral("ZelkoVanta"),
-                           QStringLiteral("Signing out of this computer"), QStringLiteral("delay")});
+                           QString::fromStdString(strings_.localized("Signing out of this computer")),
+                           QStringLiteral("delay")});
         callBus(QDBusConnection::systemBus(), call, usualCallLimit, receiver_, [this](const QDBusMessage& answer) {
             const auto arguments = answer.arguments();
             // A lock that was granted while the shutdown was announced would hold it up for nothing.
@@ -145,6 +151,7 @@ private:
 
     Clock& clock_;
     Executor mainThread_;
+    const StringTable& strings_;
     std::function<void()> quit_;
     asio::signal_set signals_;
     /// Held open while a shutdown shall wait for us.
@@ -161,8 +168,8 @@ private:
 };
 
 PowerOff::PowerOff(Clock& clock, asio::io_context& network, const Executor& connecting, Executor mainThread,
-                   std::function<void()> quit)
-    : state_(std::make_shared<State>(clock, network, std::move(mainThread), std::move(quit))) {
+                   const StringTable& strings, std::function<void()> quit)
+    : state_(std::make_shared<State>(clock, network, std::move(mainThread), strings, std::move(quit))) {
     state_->begin(connecting);
 }
 

@@ -3,6 +3,7 @@
 #include "platform/async.h"
 #include "platform/clock.h"
 #include "platform/power_off.h"
+#include "platform/string_table.h"
 
 #include <functional>
 #include <memory>
@@ -22,9 +23,10 @@ namespace zelkovanta::platform::linux_host {
 class PowerOff final : public PowerOffNotifications {
 public:
     /// `quit` is called on the main thread after SIGTERM's handlers ran. Connecting to the bus may wait, so it happens
-    /// on `connecting`. `clock` must outlive this object.
+    /// on `connecting`. The desktop may show why a shutdown waits, in words of `strings`. `clock` and `strings` must
+    /// outlive this object.
     PowerOff(Clock& clock, boost::asio::io_context& network, const Executor& connecting, Executor mainThread,
-             std::function<void()> quit);
+             const StringTable& strings, std::function<void()> quit);
     ~PowerOff() override;
     PowerOff(const PowerOff&) = delete;
     PowerOff& operator=(const PowerOff&) = delete;

@@ -1,6 +1,8 @@
 #include "platform/linux/xdg_login_item.h"
 
+#include "platform/linux/application_id.h"
 #include "platform/linux/atomic_file.h"
+#include "records/text.h"
 
 #include <system_error>
 #include <utility>
@@ -11,31 +13,23 @@ namespace {
 
 constexpr std::size_t maximumEntrySize = std::size_t{64} * 1024;
 
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r");
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
 /// A desktop switches an entry off by one of two keys in its main group.
 bool isSwitchedOff(std::string_view entry) {
     bool isInMainGroup = false;
     while (!entry.empty()) {
         const auto end = std::min(entry.find('\n'), entry.size());
-        const std::string_view line = trimmed(entry.substr(0, end));
+        const std::string line = records::trimmed(entry.substr(0, end));
         entry.remove_prefix(std::min(end + 1, entry.size()));
         if (line.starts_with('[')) {
             isInMainGroup = line == "[Desktop Entry]";
             continue;
         }
         const auto equals = line.find('=');
-        if (!isInMainGroup || equals == std::string_view::npos) {
+        if (!isInMainGroup || equals == std::string::npos) {
             continue;
         }
-        const auto key = trimmed(line.substr(0, equals));
-        const auto value = trimmed(line.substr(equals + 1));
+        const auto key = records::trimmed(std::string_view{line}.substr(0, equals));
+        const auto value = records::trimmed(std::string_view{line}.substr(equals + 1));
         if ((key == "Hidden" && value == "true") || (key == "X-GNOME-Autostart-enabled" && value == "false")) {
             return true;
         }
@@ -86,14 +80,13 @@ std::string autostartEntry(const std::string& program) {
            "Type=Application\n"
            "Name=ZelkoVanta\n"
            "Exec=" +
-           entryString(quotedArgument(program)) + "\nTryExec=" + entryString(program) +
-           "\nIcon=com.zelkovanta.Desktop\n"
-           "Terminal=false\n"
+           entryString(quotedArgument(program)) + "\nTryExec=" + entryString(program) + "\nIcon=" + applicationId +
+           "\nTerminal=false\n"
            "X-GNOME-Autostart-enabled=true\n";
 }
 
-XdgLoginItem::XdgLoginItem(std::filesystem::path entry, std::filesystem::path program)
-    : entry_(std::move(entry)), program_(std::move(program)) {}
+XdgLoginItem::XdgLoginItem(std::filesystem::path entry, std::filesystem::path program, const StringTable& strings)
+    : entry_(std::move(entry)), program_(std::move(program)), strings_(strings) {}
 
 LoginItemStatus XdgLoginItem::status() const {
     const auto entry = readFile(entry_, maximumEntrySize);
@@ -103,12 +96,18 @@ LoginItemStatus XdgLoginItem::status() const {
     return isSwitchedOff(*entry) ? LoginItemStatus::requiresApproval : LoginItemStatus::enabled;
 }
 
+/// The text with the folder in it.
+std::string XdgLoginItem::sentence(std::string_view text) const {
+    const std::string folder = entry_.parent_path().string();
+    return filled(text, {folder});
+}
+
 std::expected<void, std::string> XdgLoginItem::registerItem(RegistrationIntent intent) {
     if (intent == RegistrationIntent::firstLaunch && status() == LoginItemStatus::requiresApproval) {
         return {};
     }
     if (const auto failed = writeFileAtomically(entry_, autostartEntry(program_.string()))) {
-        return std::unexpected("The autostart entry could not be written to " + entry_.parent_path().string() + ".");
+        return std::unexpected(sentence(strings_.localized("The autostart entry could not be written to %@.")));
     }
     return {};
 }
@@ -117,7 +116,7 @@ std::expected<void, std::string> XdgLoginItem::unregisterItem() {
     std::error_code failed;
     std::filesystem::remove(entry_, failed);
     if (failed && failed != std::errc::no_such_file_or_directory && failed != std::errc::not_a_directory) {
-        return std::unexpected("The autostart entry could not be removed from " + entry_.parent_path().string() + ".");
+        return std::unexpected(sentence(strings_.localized("The autostart entry could not be removed from %@.")));
     }
     return {};
 }

@@ -65,11 +65,12 @@ struct PowerOffTest : testing::Test {
     StoppedClock clock;
     int handled = 0;
     int quits = 0;
+    KeysAsTexts texts;
     std::optional<PowerOff> powerOff;
     Observation observer;
 
     void begin() {
-        powerOff.emplace(clock, network.context(), network.makeWorkerQueue(), mainThread.executor(),
+        powerOff.emplace(clock, network.context(), network.makeWorkerQueue(), mainThread.executor(), texts,
                          [this] { ++quits; });
         observer = powerOff->observe([this] { ++handled; });
     }

@@ -1,8 +1,8 @@
 #include "platform/linux/xdg_login_item.h"
 
 #include "platform/linux/bundle_information.h"
-#include "tests/platform/linux/temporary_folder.h"
 #include "tests/platform/linux/without_root.h"
+#include "tests/platform/linux/temporary_folder.h"
 
 #include <fstream>
 #include <iterator>
@@ -15,7 +15,8 @@ namespace {
 struct XdgLoginItemTest : testing::Test {
     TemporaryFolder folder;
     std::filesystem::path entry = folder.path() / "config" / "autostart" / "com.zelkovanta.Desktop.desktop";
-    XdgLoginItem item{entry, "/usr/bin/zelkovanta"};
+    KeysAsTexts texts;
+    XdgLoginItem item{entry, "/usr/bin/zelkovanta", texts};
 
     void write(const std::string& content) const {
         std::filesystem::create_directories(entry.parent_path());
@@ -77,7 +78,20 @@ TEST_F(XdgLoginItemTest, anEntryThatCannotBeRemovedIsASentence) {
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
     std::filesystem::permissions(entry.parent_path(), std::filesystem::perms(0555));
     const WithoutRoot bound;
-    EXPECT_FALSE(item.unregisterItem().has_value());
+    const auto result = item.unregisterItem();
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error(), "The autostart entry could not be removed from " + entry.parent_path().string() + ".");
+}
+
+TEST_F(XdgLoginItemTest, theSentenceIsInThePersonsLanguage) {
+    struct Shouting final : StringTable {
+        [[nodiscard]] std::string localized(std::string_view key) const override { return std::string{key} + "!"; }
+    };
+    const Shouting shouting;
+    XdgLoginItem told{"/proc/autostart/entry.desktop", "/usr/bin/zelkovanta", shouting};
+    const auto result = told.registerItem(RegistrationIntent::personsWish);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error(), "The autostart entry could not be written to /proc/autostart.!");
 }
 
 TEST(AutostartEntryTest, aStrangePathStaysOneArgument) {
