@@ -39,6 +39,9 @@ struct WebSocketRequest {
 /// A frame above this size is a failure of its socket.
 inline constexpr std::size_t maximumWebSocketFrameSize = std::size_t{16} * 1024 * 1024;
 
+/// The close code with which a socket is given up.
+inline constexpr std::uint16_t goingAway = 1001;
+
 /// One socket. `receive` and `send` may be called before the opening has finished: they wait for it.
 /// At most one `receive` and one `send` may be under way at a time. All calls come from one executor, the one that the
 /// session was made for, and everything resumes there.

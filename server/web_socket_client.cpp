@@ -125,7 +125,7 @@ private:
     void perform(const web_socket::CancelSocket&, const Client&) {
         reading_.cancel();
         pingTimer_.reset();
-        std::exchange(task_, nullptr)->cancel(web_socket::goingAway);
+        std::exchange(task_, nullptr)->cancel(platform::goingAway);
     }
 
     void perform(const web_socket::ReplaceSession&, const Client&) {

@@ -28,7 +28,6 @@ inline constexpr platform::Duration connectedLimit = std::chrono::seconds{75};  
 inline constexpr platform::Duration connectingLimit = std::chrono::seconds{15};    ///< since the attempt began
 inline constexpr platform::Duration disconnectedLimit = std::chrono::seconds{30};  ///< since the attempt began
 inline constexpr std::chrono::milliseconds openingTimeout{15'000};
-inline constexpr std::uint16_t goingAway = 1001;     ///< close code with which a socket is given up
 inline constexpr std::uint16_t tokenRevoked = 4001;  ///< close code of the server that ends the session for good
 inline constexpr double highestJitter = 0.25;
 
@@ -82,7 +81,7 @@ struct OpenSocket {
     Generation generation = 0;
     bool operator==(const OpenSocket&) const = default;
 };
-/// Give up the current socket with `goingAway`; its reading and its pings end with it.
+/// Give up the current socket with `platform::goingAway`; its reading and its pings end with it.
 struct CancelSocket {
     bool operator==(const CancelSocket&) const = default;
 };

@@ -327,8 +327,6 @@ public:
     void invalidateAndCancel() override { tasks_->cancelAll(); }
 
 private:
-    static constexpr std::uint16_t goingAway = 1001;
-
     Executor executor_;
     TransportSettings settings_;
     std::shared_ptr<TlsTrust> trust_;

@@ -156,7 +156,7 @@ public:
         const auto tasks = state_->tasks;
         for (const auto& task : tasks) {
             if (task->session == number_) {
-                task->cancel(1001);
+                task->cancel(goingAway);
             }
         }
     }
