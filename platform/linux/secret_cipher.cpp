@@ -38,17 +38,14 @@ const std::uint8_t* bytes(const std::string& text) {
 }
 // NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
 
-std::string padded(const BIGNUM* number) {
-    std::string text(groupSize, '\0');
-    BN_bn2binpad(number, bytes(text), groupSize);
-    return text;
-}
-
-Number power(const BIGNUM* base, const BIGNUM* exponent, const BIGNUM* modulus) {
-    Number result(BN_new());
+/// The power modulo the prime, as bytes of the group's size; empty if it cannot be told.
+std::string power(const BIGNUM* base, const BIGNUM* exponent, const BIGNUM* modulus) {
+    const Number result(BN_new());
     const NumberContext context(BN_CTX_new());
-    BN_mod_exp(result.get(), base, exponent, modulus, context.get());
-    return result;
+    std::string text(groupSize, '\0');
+    const bool isTold = result && context && BN_mod_exp(result.get(), base, exponent, modulus, context.get()) == 1 &&
+                        BN_bn2binpad(result.get(), bytes(text), groupSize) == groupSize;
+    return isTold ? text : std::string{};
 }
 
 }  // namespace
@@ -57,10 +54,11 @@ struct SecretCipher::Keys {
     Number prime{BN_get_rfc2409_prime_1024(nullptr)};
     Number own{BN_new()};
     std::array<std::uint8_t, keySize> shared{};
+    bool isMade = false;
 
     Keys() {
         // The exponent's sign bit is set, so that it is never small by chance.
-        BN_priv_rand(own.get(), groupSize * 8 - 1, BN_RAND_TOP_ONE, BN_RAND_BOTTOM_ANY);
+        isMade = prime && own && BN_priv_rand(own.get(), groupSize * 8 - 1, BN_RAND_TOP_ONE, BN_RAND_BOTTOM_ANY) == 1;
         BN_set_flags(own.get(), BN_FLG_CONSTTIME);
     }
     ~Keys() { OPENSSL_cleanse(shared.data(), shared.size()); }
@@ -74,22 +72,25 @@ SecretCipher::~SecretCipher() = default;
 
 std::string SecretCipher::publicKey() const {
     const Number generator(BN_new());
-    BN_set_word(generator.get(), 2);
-    return padded(power(generator.get(), keys_->own.get(), keys_->prime.get()).get());
+    const bool isUsable = keys_->isMade && generator && BN_set_word(generator.get(), 2) == 1;
+    return isUsable ? power(generator.get(), keys_->own.get(), keys_->prime.get()) : std::string{};
 }
 
 bool SecretCipher::agree(const std::string& otherPublicKey) {
-    const Number other(BN_bin2bn(bytes(otherPublicKey), static_cast<int>(otherPublicKey.size()), nullptr));
-    const Number largest(BN_dup(keys_->prime.get()));
-    BN_sub_word(largest.get(), 1);
-    // 0, 1 and p - 1 would make the shared key a known one.
-    if (!other || BN_is_zero(other.get()) || BN_is_one(other.get()) || BN_cmp(other.get(), largest.get()) >= 0) {
+    if (!keys_->isMade) {
         return false;
     }
-    std::string agreed = padded(power(other.get(), keys_->own.get(), keys_->prime.get()).get());
+    const Number other(BN_bin2bn(bytes(otherPublicKey), static_cast<int>(otherPublicKey.size()), nullptr));
+    const Number largest(BN_dup(keys_->prime.get()));
+    // 0, 1 and p - 1 would make the shared key a known one.
+    if (!other || !largest || BN_sub_word(largest.get(), 1) != 1 || BN_is_zero(other.get()) || BN_is_one(other.get()) ||
+        BN_cmp(other.get(), largest.get()) >= 0) {
+        return false;
+    }
+    std::string agreed = power(other.get(), keys_->own.get(), keys_->prime.get());
     const KeyContext derivation(EVP_PKEY_CTX_new_id(EVP_PKEY_HKDF, nullptr));
     std::size_t size = keys_->shared.size();
-    const bool isDerived = derivation && EVP_PKEY_derive_init(derivation.get()) == 1 &&
+    const bool isDerived = !agreed.empty() && derivation && EVP_PKEY_derive_init(derivation.get()) == 1 &&
                            EVP_PKEY_CTX_set_hkdf_md(derivation.get(), EVP_sha256()) == 1 &&
                            EVP_PKEY_CTX_set1_hkdf_key(derivation.get(), bytes(agreed), groupSize) == 1 &&
                            EVP_PKEY_derive(derivation.get(), keys_->shared.data(), &size) == 1;
@@ -97,15 +98,20 @@ bool SecretCipher::agree(const std::string& otherPublicKey) {
     return isDerived;
 }
 
-SecretCipher::Sealed SecretCipher::seal(const std::string& secret) const {
+std::optional<SecretCipher::Sealed> SecretCipher::seal(const std::string& secret) const {
     Sealed sealed{.parameters = std::string(blockSize, '\0'), .value = std::string(secret.size() + blockSize, '\0')};
-    RAND_bytes(bytes(sealed.parameters), blockSize);
     const CipherContext context(EVP_CIPHER_CTX_new());
     int first = 0;
     int last = 0;
-    EVP_EncryptInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, keys_->shared.data(), bytes(sealed.parameters));
-    EVP_EncryptUpdate(context.get(), bytes(sealed.value), &first, bytes(secret), static_cast<int>(secret.size()));
-    EVP_EncryptFinal_ex(context.get(), bytes(sealed.value) + first, &last);
+    const bool isSealed = context && RAND_bytes(bytes(sealed.parameters), blockSize) == 1 &&
+                          EVP_EncryptInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, keys_->shared.data(),
+                                             bytes(sealed.parameters)) == 1 &&
+                          EVP_EncryptUpdate(context.get(), bytes(sealed.value), &first, bytes(secret),
+                                            static_cast<int>(secret.size())) == 1 &&
+                          EVP_EncryptFinal_ex(context.get(), bytes(sealed.value) + first, &last) == 1;
+    if (!isSealed) {
+        return std::nullopt;
+    }
     sealed.value.resize(static_cast<std::size_t>(first + last));
     return sealed;
 }
@@ -118,7 +124,8 @@ std::optional<std::string> SecretCipher::open(const Sealed& sealed) const {
     const CipherContext context(EVP_CIPHER_CTX_new());
     int first = 0;
     int last = 0;
-    const bool isOpened = EVP_DecryptInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, keys_->shared.data(),
+    const bool isOpened = context &&
+                          EVP_DecryptInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, keys_->shared.data(),
                                              bytes(sealed.parameters)) == 1 &&
                           EVP_DecryptUpdate(context.get(), bytes(secret), &first, bytes(sealed.value),
                                             static_cast<int>(sealed.value.size())) == 1 &&

@@ -257,8 +257,11 @@ Awaitable<void> SecretService::write(KeyStoreItem item, std::string value) {
         co_return;
     }
     const auto sealed = cipher_.seal(value);
+    if (!sealed) {
+        co_return;
+    }
     const QVariant secret = QVariant::fromValue(
-        TransferredSecret{session_, toBytes(sealed.parameters), toBytes(sealed.value), QStringLiteral("text/plain")});
+        TransferredSecret{session_, toBytes(sealed->parameters), toBytes(sealed->value), QStringLiteral("text/plain")});
     if (found->unlocked.isEmpty() && found->locked.isEmpty()) {
         co_await create(item, secret);
         co_return;

@@ -95,7 +95,7 @@ bool FakeSecretService::handleMessage(const QDBusMessage& message, const QDBusCo
         }
         reply(message, {});
     } else if (method == "GetSecret") {
-        const auto sealed = cipher_->seal(secret_.value_or(""));
+        const auto sealed = cipher_->seal(secret_.value_or("")).value();
         QDBusArgument secret;
         secret.beginStructure();
         secret << QDBusObjectPath("/org/freedesktop/secrets/session/1") << QByteArray::fromStdString(sealed.parameters)

@@ -344,7 +344,7 @@ TEST(SecretCipherTest, whatOneSideSealsTheOtherOpensAndNobodyElse) {
     ASSERT_TRUE(third.agree(one.publicKey()));
     for (const std::size_t size : {0U, 1U, 15U, 16U, 17U, 1000U}) {
         const std::string secret(size, 's');
-        const auto sealed = one.seal(secret);
+        const auto sealed = one.seal(secret).value();
         EXPECT_EQ(other.open(sealed), secret);
         EXPECT_NE(third.open(sealed), std::optional{secret});
         EXPECT_EQ(sealed.value.find("ss"), std::string::npos);
