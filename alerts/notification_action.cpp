@@ -1,6 +1,7 @@
 #include "alerts/notification_action.h"
 
 #include "alerts/signal_notification.h"
+#include "records/signal.h"
 
 #include <string>
 
@@ -24,10 +25,11 @@ std::optional<store::DesktopSignalNotificationAction> actionFromResponse(
     }
     if (actionIdentifier == action_identifier::onMyWay) {
         return store::DesktopSignalNotificationAction{
-            .signalId = *signalId, .memberId = *memberId, .action = "acknowledge"};
+            .signalId = *signalId, .memberId = *memberId, .action = std::string{records::signal_action::acknowledge}};
     }
     if (actionIdentifier == action_identifier::done) {
-        return store::DesktopSignalNotificationAction{.signalId = *signalId, .memberId = *memberId, .action = "done"};
+        return store::DesktopSignalNotificationAction{
+            .signalId = *signalId, .memberId = *memberId, .action = std::string{records::signal_action::done}};
     }
     return std::nullopt;
 }

@@ -31,8 +31,9 @@ struct SocketAnswer {
 ///
 /// One thread. Every call carries the time of day; it may jump in either direction. What a call changes is committed to
 /// the storage before the call returns; if that fails the answer has the status 500, nothing has changed, and there are
-/// no effects. With the same storage content, the same random bytes and the same calls, the answers are the same byte
-/// for byte.
+/// no effects. (`tick` has no answer: it gives no effects then, and what was due stays due. `socketOpened` notes when
+/// a computer was last seen, and opens the connection whether that could be kept or not.) With the same storage
+/// content, the same random bytes and the same calls, the answers are the same byte for byte.
 class Office {
 public:
     /// Reads the storage. `storage` and `random` must outlive the office.
@@ -62,7 +63,9 @@ public:
     /// When `tick` has something to do next. May be earlier than that, never later; may lie in the past.
     [[nodiscard]] std::optional<Timestamp> nextDeadline() const;
 
-    // The admins' side. Answers are as told in office/README.md; a failure has an error envelope with a sentence.
+    // The admins' side. Answers are as told in office/README.md; a failure has an error envelope. From `administer` it
+    // always has a sentence; the operations by themselves leave it out where every computer has words of its own for
+    // the code.
 
     /// Any request below /admin/v1. The caller has made sure that it comes from an admin.
     [[nodiscard]] Answer administer(const Request& request, WallTime now);

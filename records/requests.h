@@ -84,7 +84,7 @@ struct CreateSignalRequest {
 BOOST_DESCRIBE_STRUCT(CreateSignalRequest, (), (roomId, providerId, providerIds, toDepartment, typeId, note))
 
 struct SignalActionRequest {
-    std::string action;  ///< "acknowledge", "done" or "cancel"
+    std::string action;  ///< one of `signal_action`
     bool operator==(const SignalActionRequest&) const = default;
 };
 BOOST_DESCRIBE_STRUCT(SignalActionRequest, (), (action))

@@ -39,6 +39,13 @@ inline constexpr std::string_view canceled = "canceled";
 inline constexpr std::string_view expired = "expired";
 }  // namespace signal_status
 
+/// What a computer may do with a signal: the words of `SignalActionRequest`.
+namespace signal_action {
+inline constexpr std::string_view acknowledge = "acknowledge";
+inline constexpr std::string_view done = "done";
+inline constexpr std::string_view cancel = "cancel";
+}  // namespace signal_action
+
 namespace cleared_by {
 inline constexpr std::string_view beacon = "ble";       ///< the provider arrived
 inline constexpr std::string_view timeout = "timeout";  ///< the signal expired

@@ -134,11 +134,11 @@ ChipColors chipColors(std::string_view status) {
 std::string_view rawValue(RowAction action) {
     switch (action) {
         case RowAction::acknowledge:
-            return "acknowledge";
+            return records::signal_action::acknowledge;
         case RowAction::done:
-            return "done";
+            return records::signal_action::done;
         case RowAction::cancel:
-            return "cancel";
+            return records::signal_action::cancel;
     }
     return "";
 }

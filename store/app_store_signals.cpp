@@ -144,8 +144,9 @@ bool canApplyAction(const DesktopSignalNotificationAction& action, const records
         return false;
     }
     const bool isWaiting = signal.status == records::signal_status::waiting;
-    return (action.action == "acknowledge" && isWaiting) ||
-           (action.action == "done" && (isWaiting || signal.status == records::signal_status::acknowledged));
+    return (action.action == records::signal_action::acknowledge && isWaiting) ||
+           (action.action == records::signal_action::done &&
+            (isWaiting || signal.status == records::signal_status::acknowledged));
 }
 
 }  // namespace zelkovanta::store

@@ -21,7 +21,7 @@ namespace zelkovanta::store {
 struct DesktopSignalNotificationAction {
     std::string signalId;
     std::string memberId;  ///< the member to whom the notification was posted
-    std::string action;    ///< a word of `records::SignalActionRequest`
+    std::string action;    ///< one of `records::signal_action`
     bool operator==(const DesktopSignalNotificationAction&) const = default;
 };
 
@@ -48,14 +48,21 @@ public:
                            std::optional<std::string_view> activeMemberId) = 0;
 };
 
-/// Knows the notes that were typed or shown, so that none of them leaves the computer in a crash report. The texts hold
-/// only during a call.
+/// Knows the notes that were typed or shown, so that none of them leaves the computer in a crash report. Under each key
+/// are the notes that are there now, and a history of those that were there in this session: a crash may come a moment
+/// after a note has gone. The texts hold only during a call.
 class NoteRegistry {
 public:
     virtual ~NoteRegistry() = default;
+    /// What is there now under this key, in place of what was; the history stays as it is.
     virtual void setNotes(std::span<const std::string_view> notes, std::string_view key) = 0;
+    /// Adds to the history; what is there now stays as it is.
     virtual void addNotesToHistory(std::span<const std::string_view> notes, std::string_view key) = 0;
+    /// The session of these notes is over: the key is empty, and what it held, its history too, is known from now on as
+    /// of an ended session, since the crash may be one of that session.
     virtual void retireNotes(std::string_view key) = 0;
+    /// Forgets what is under `note_key::sendingNote`, its history too: a note that was sent is in the queue now, and
+    /// one that was not is still in the form.
     virtual void clearSendingNotes() = 0;
 };
 

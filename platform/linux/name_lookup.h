@@ -20,8 +20,10 @@ using Endpoints = std::vector<boost::asio::ip::tcp::endpoint>;
 class NameLookup {
 public:
     NameLookup() = default;
-    /// Calls `done` with the addresses, the two families taking turns; with none if there are none or the lookup was
-    /// given up.
+    /// Calls `done` once, with the addresses, the two families taking turns; with none if there are none or the lookup
+    /// was given up. That may be within this constructor (the host is an address, or there is no thread to be had), on
+    /// a thread of the lookup's own, or within the destructor or the assignment that gives it up; it is never called
+    /// after these have returned.
     NameLookup(std::string host, std::uint16_t port, Completion<Endpoints> done);
     /// Gives it up.
     ~NameLookup();
