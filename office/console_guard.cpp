@@ -1,5 +1,7 @@
 #include "office/console_guard.h"
 
+#include "office/ascii.h"
+
 #include <algorithm>
 #include <array>
 
@@ -8,16 +10,6 @@ namespace {
 
 Refusal forbidden(std::string message) {
     return {403, "not_the_console", std::move(message), std::nullopt};
-}
-
-char lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), lower);
-    return result;
 }
 
 bool isJson(std::string_view contentType) {

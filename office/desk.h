@@ -1,6 +1,7 @@
 #pragma once
 
 #include "office/attempts.h"
+#include "office/json_text.h"
 #include "office/ledger.h"
 #include "office/office.h"
 #include "office/refusal.h"
@@ -91,6 +92,7 @@ public:
 
 private:
     struct Call;
+    struct Administration;
 
     // desk_requests.cpp
     [[nodiscard]] Answer route(const Call& call);
@@ -128,6 +130,8 @@ private:
     [[nodiscard]] std::vector<const T*> inOrder(std::string_view practiceId) const;
     template <class T>
     [[nodiscard]] std::string unusedIdentifier(std::string_view prefix);
+    /// A practice with its members, rooms and types, as fields of an object.
+    void writePractice(JsonText& json, const Practice& practice) const;
     /// The member who acts at this computer.
     [[nodiscard]] const Member* memberAt(const Device& device) const;
     void tell(std::string_view practiceId, std::string frame);

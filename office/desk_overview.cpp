@@ -57,14 +57,8 @@ std::string Office::Desk::overview(Timestamp now) const {
     JsonText json;
     json.object().key("practices").array();
     for (const Practice* practice : inOrder<Practice>({})) {
-        json.object().key("office");
-        write(json, *practice);
-        json.key("members");
-        write(json, inOrder<Member>(practice->id));
-        json.key("rooms");
-        write(json, inOrder<Room>(practice->id));
-        json.key("signalTypes");
-        write(json, inOrder<SignalType>(practice->id));
+        json.object();
+        writePractice(json, *practice);
         json.key("signals").array();
         for (const auto& [createdAt, id] : ledger_.activeSignals(practice->id)) {
             write(json, *ledger_.find<Signal>(id));

@@ -1,3 +1,4 @@
+#include "office/ascii.h"
 #include "office/desk.h"
 #include "office/secrets.h"
 #include "office/wire.h"
@@ -7,12 +8,8 @@
 namespace zelkovanta::office {
 namespace {
 
-char lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 bool sameName(std::string_view left, std::string_view right) {
-    return std::ranges::equal(left, right, {}, lower, lower);
+    return lowered(left) == lowered(right);
 }
 
 template <class T>
@@ -162,18 +159,23 @@ void Office::Desk::tellTypes(std::string_view practiceId) {
     tell(practiceId, frameOf("types.updated", "signalTypes", inOrder<SignalType>(practiceId)));
 }
 
+void Office::Desk::writePractice(JsonText& json, const Practice& practice) const {
+    json.key("office");
+    write(json, practice);
+    json.key("members");
+    write(json, inOrder<Member>(practice.id));
+    json.key("rooms");
+    write(json, inOrder<Room>(practice.id));
+    json.key("signalTypes");
+    write(json, inOrder<SignalType>(practice.id));
+}
+
 std::string Office::Desk::snapshot(const Device& device) {
     PracticeText& kept = practiceTexts_[device.practiceId];
     if (kept.json.empty() || kept.revision != ledger_.revision()) {
         JsonText json;
-        json.object().key("office");
-        write(json, *ledger_.find<Practice>(device.practiceId));
-        json.key("members");
-        write(json, inOrder<Member>(device.practiceId));
-        json.key("rooms");
-        write(json, inOrder<Room>(device.practiceId));
-        json.key("signalTypes");
-        write(json, inOrder<SignalType>(device.practiceId));
+        json.object();
+        writePractice(json, *ledger_.find<Practice>(device.practiceId));
         kept = {ledger_.revision(), json.take()};
     }
 

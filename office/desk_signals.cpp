@@ -12,19 +12,6 @@ constexpr std::size_t mostRecipients = 200;
 constexpr std::string_view provider = "provider";
 constexpr std::string_view clearedByBeacon = "ble";
 
-std::optional<SignalAction> actionNamed(std::string_view word) {
-    if (word == "acknowledge") {
-        return SignalAction::acknowledge;
-    }
-    if (word == "done") {
-        return SignalAction::done;
-    }
-    if (word == "cancel") {
-        return SignalAction::cancel;
-    }
-    return std::nullopt;
-}
-
 bool sameCall(const Signal& left, const Signal& right) {
     return left.roomId == right.roomId && left.typeId == right.typeId && left.providerId == right.providerId &&
            left.providerIds == right.providerIds && left.toDepartment == right.toDepartment;
@@ -297,7 +284,8 @@ Office::Desk::Outcome Office::Desk::actOnSignal(const Device& device, std::strin
         return std::unexpected(*in.fault());
     }
     const std::optional<SignalAction> action = actionNamed(word);
-    if (!action) {
+    // A computer cannot speak for the beacon.
+    if (!action || *action == SignalAction::arrived) {
         return std::unexpected(refusals::badRequest("\"action\" must be acknowledge, done or cancel."));
     }
     const auto signal = signalNamed(signalId);

@@ -1,12 +1,10 @@
 #include "office/http_forms.h"
 
+#include "office/base64.h"
 #include "office/refusal.h"
-
-#include <array>
 
 #include <boost/beast/core/string.hpp>
 #include <boost/beast/http/error.hpp>
-#include <openssl/evp.h>
 #include <openssl/sha.h>
 
 namespace zelkovanta::office {
@@ -18,13 +16,12 @@ namespace http = boost::beast::http;
 /// The console needs nothing but what the office itself serves and the style in the page, and is nobody's frame.
 std::string contentPolicy() {
     const std::string_view style = consoleStyle();
-    std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes are what the library takes.
-    SHA256(reinterpret_cast<const unsigned char*>(style.data()), style.size(), digest.data());
-    std::array<unsigned char, 4 * (SHA256_DIGEST_LENGTH + 2) / 3 + 1> text{};
-    const int length = EVP_EncodeBlock(text.data(), digest.data(), static_cast<int>(digest.size()));
-    return "default-src 'none'; script-src 'self'; style-src 'sha256-" +
-           std::string(text.data(), text.data() + length) +
+    std::string digest(SHA256_DIGEST_LENGTH, '\0');
+    // NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast): bytes are what the library takes.
+    SHA256(reinterpret_cast<const unsigned char*>(style.data()), style.size(),
+           reinterpret_cast<unsigned char*>(digest.data()));
+    // NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
+    return "default-src 'none'; script-src 'self'; style-src 'sha256-" + base64Of(digest) +
            "'; img-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 }
 

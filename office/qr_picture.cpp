@@ -1,12 +1,13 @@
 #include "office/qr_picture.h"
 
+#include "office/base64.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
 #include <zlib.h>
 
-#include <openssl/evp.h>
 #include <qrencode.h>
 
 namespace zelkovanta::office {
@@ -82,12 +83,7 @@ std::string qrPicture(std::string_view text) {
     appendChunk(png, "IDAT", packed);
     appendChunk(png, "IEND", {});
 
-    std::string base64((png.size() + 2) / 3 * 4 + 1, '\0');
-    const int written =
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(base64.data()),
-                        reinterpret_cast<const unsigned char*>(png.data()), static_cast<int>(png.size()));
-    base64.resize(static_cast<std::size_t>(written));
-    return "data:image/png;base64," + base64;
+    return "data:image/png;base64," + base64Of(png);
 }
 
 }  // namespace zelkovanta::office

@@ -9,6 +9,22 @@ std::optional<std::string> isoText(const std::optional<Timestamp>& time) {
 
 }  // namespace
 
+std::optional<SignalAction> actionNamed(std::string_view word) {
+    if (word == "acknowledge") {
+        return SignalAction::acknowledge;
+    }
+    if (word == "done") {
+        return SignalAction::done;
+    }
+    if (word == "cancel") {
+        return SignalAction::cancel;
+    }
+    if (word == "arrived") {
+        return SignalAction::arrived;
+    }
+    return std::nullopt;
+}
+
 std::string_view roleWord(DeviceRole role) {
     switch (role) {
         case DeviceRole::room:

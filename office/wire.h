@@ -1,8 +1,10 @@
 #pragma once
 
+#include "office/administration.h"
 #include "office/json_text.h"
 #include "office/state.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +14,8 @@ namespace zelkovanta::office {
 
 [[nodiscard]] std::string_view roleWord(DeviceRole role);
 [[nodiscard]] std::string_view statusWord(SignalStatus status);
+/// Nothing for a word that names no action.
+[[nodiscard]] std::optional<SignalAction> actionNamed(std::string_view word);
 
 void write(JsonText& json, const Practice& practice);
 void write(JsonText& json, const Member& member);
