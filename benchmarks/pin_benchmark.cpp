@@ -3,8 +3,8 @@
 #include "platform/linux/tls_handshakes.h"
 #include "platform/linux/url_parts.h"
 #include "server/app_check_pinning.h"
-#include "tests/platform/linux/temporary_folder.h"
 #include "tests/platform/linux/tls_server.h"
+#include "tests/support/temporary_folder.h"
 
 #include <algorithm>
 #include <charconv>
@@ -47,7 +47,7 @@ double medianOf(std::vector<double> values) {
 }
 
 bool measure(std::size_t rounds, benchmarks::Results& results) {
-    const host::TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const host::TestCertificate root = host::makeAuthority();
     const host::TestCertificate intermediate = host::makeIntermediate(root);
     const host::TestCertificate leaf = host::makeServerCertificate(intermediate, "localhost");

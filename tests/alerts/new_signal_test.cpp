@@ -46,7 +46,7 @@ struct NewSignalTest : testing::Test {
     }
 };
 
-TEST_F(NewSignalTest, theWholeNotification) {
+TEST_F(NewSignalTest, aNewSignalIsToldWithTypeRoomRequesterAndNote) {
     state.office->vertical = "veterinary";
     state.signalTypes.front().key = "ready";
     const auto signal = makeSignal("s 1", [](Signal& adjusted) {
@@ -63,7 +63,7 @@ TEST_F(NewSignalTest, theWholeNotification) {
                                                   .userInfo = {{"signalId", "s 1"}, {"memberId", "member-1"}}}}));
 }
 
-TEST_F(NewSignalTest, wordsThatTheOfficeLacks) {
+TEST_F(NewSignalTest, whatTheOfficeLacksIsToldInGeneralWords) {
     state.signalTypes.clear();
     state.rooms.clear();
     state.office.reset();

@@ -176,7 +176,7 @@ TEST_F(EncryptedOfficeTest, keepsRealTimeConnectionsToTheirEnd) {
 }
 
 TEST(EncryptedOffice, saysWhyItCannotStart) {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const std::string chain = folder.path() / "chain.pem";
     const std::string key = folder.path() / "key.pem";
     const std::string otherKey = folder.path() / "other.pem";

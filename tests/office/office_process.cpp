@@ -143,7 +143,7 @@ std::string OfficeProcess::command(std::vector<std::string> words) const {
 }
 
 OfficeProcess::Refusal OfficeProcess::refusalOf(std::vector<std::string> arguments) {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const Child child = spawn(std::move(arguments), folder.path() / "errors");
     readLine(child.output);
     ::close(child.output);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "office/command_line.h"
-#include "tests/office/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <csignal>
 #include <filesystem>
@@ -43,7 +43,7 @@ public:
     [[nodiscard]] static Refusal refusalOf(std::vector<std::string> arguments);
 
 private:
-    TemporaryFolder folder_;
+    support::TemporaryFolder folder_;
     pid_t process_ = 0;
     unsigned short port_ = 0;
 };

@@ -1,6 +1,6 @@
 #include "office/sqlite_storage.h"
 #include "tests/office/office_fixture.h"
-#include "tests/office/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <rapidcheck.h>
 
@@ -340,7 +340,7 @@ TEST(RandomOperations, endAlikeInMemoryAndOnDisk) {
     Day inMemory(memory, nullptr);
     inMemory.live(numbers);
 
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     class Reopening final : public Storage {
     public:
         explicit Reopening(std::filesystem::path file) : file_(std::move(file)) {}

@@ -341,7 +341,7 @@ TEST_F(ServerTest, logsNoTokenNoNoteAndNoName) {
 }
 
 TEST_F(ServerTest, saysInOneSentenceWhyItCannotRun) {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const std::string database = (folder.path() / "o.db").string();
     const auto refused = [](std::vector<std::string> arguments) {
         const OfficeProcess::Refusal refusal = OfficeProcess::refusalOf(std::move(arguments));

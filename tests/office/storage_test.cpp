@@ -1,6 +1,6 @@
 #include "office/memory_storage.h"
 #include "office/sqlite_storage.h"
-#include "tests/office/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <csignal>
 #include <fstream>
@@ -92,7 +92,7 @@ public:
     }
 
 private:
-    TemporaryFolder folder_;
+    support::TemporaryFolder folder_;
     std::unique_ptr<SqliteStorage> storage_;
 };
 
@@ -153,7 +153,7 @@ protected:
         const auto opened = SqliteStorage::open(file());
         return opened ? "" : opened.error().reason;
     }
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
 };
 
 TEST_F(SqliteStorageTest, isReadableForItsOwnerOnly) {

@@ -14,7 +14,7 @@ protected:
     Computer room = pairRoom("Room 3");
 };
 
-TEST(TimeText, isIsoWithThreeDigitsOfMilliseconds) {
+TEST(TimeText, aTimeIsIsoWithThreeDigitsOfMilliseconds) {
     using namespace std::chrono;
     EXPECT_EQ(isoText(sys_days{2026y / 2 / 28} + 23h + 59min + 59s + 7ms), "2026-02-28T23:59:59.007Z");
     EXPECT_EQ(isoText(sys_days{1969y / 12 / 31} + 12h), "1969-12-31T12:00:00.000Z");

@@ -53,7 +53,7 @@ ReceiveFailed broken(Generation generation) {
     return {generation, {}};
 }
 
-TEST_F(WebSocketMachineTest, theRoadFromStartToStop) {
+TEST_F(WebSocketMachineTest, everyEventFromStartToStopHasItsCommands) {
     play({
         {0s, Start{}, {SetWatchdogTimer{5s}, DeliverState{1, connecting}, OpenSocket{1}, SetPingTimer{1, 30s}}},
         {1s, FrameReceived{1}, {DeliverState{2, connected}, AcceptFrame{}}},

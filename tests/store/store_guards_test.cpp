@@ -321,5 +321,38 @@ TEST_F(StoreGuardsTest, aReplyThatEndsAfterTheStoreIsDroppedWithIt) {
     EXPECT_THAT(takeLinesOf("keyStore.remove"), IsEmpty());
 }
 
+TEST_F(StoreGuardsTest, aReplyFromAnotherOfficeMovesTheComputerWithoutASecondRequest) {
+    for (const int status : {200, 409}) {
+        support::Computer other;
+        other.launchWith("room", makeSnapshot([](StateSnapshot& snapshot) { snapshot.signals = {makeSignal("s")}; }));
+        SocketTask& oldSocket = other.socket();
+        other.run([](AppStore& app) { return app.actOnSignal(makeSignal("s"), "acknowledge"); });
+        Exchange* const oldAction = other.openRequest("PATCH", "/signals/s");
+        other.deliver("session.ended", "{}");
+        ASSERT_EQ(other.requestCount("GET", "/state"), 2U);
+        other.answerWith("GET", "/state", makeSnapshot([](StateSnapshot& snapshot) {
+                             snapshot.office = makeOffice("office-2");
+                             snapshot.signals = {makeSignal("s")};
+                         }));
+
+        EXPECT_EQ(other.state().office->id, "office-2");
+        EXPECT_TRUE(other.state().hasAuthenticatedSnapshot);
+        EXPECT_EQ(other.requestCount("GET", "/state"), 2U);
+        EXPECT_EQ(other.webSocketLoading.tasks().size(), 2U);
+        EXPECT_FALSE(oldSocket.isLive());
+        EXPECT_TRUE(other.socket().isLive());
+
+        other.journal.take();
+        oldAction->answer(status, status == 200 ? support::toJson(makeSignalThatIs("acknowledged", "s"))
+                                                : R"({"error":"already_cleared"})");
+        other.settle();
+        EXPECT_EQ(other.state().signals[0].status, "waiting");
+        EXPECT_EQ(other.state().lastError, std::nullopt);
+        EXPECT_THAT(other.journal.take(), IsEmpty());
+        other.deliverCreated(makeSignal("t"));
+        EXPECT_THAT(idsOf(other.state().signals), ElementsAre("s", "t"));
+    }
+}
+
 }  // namespace
 }  // namespace zelkovanta::store

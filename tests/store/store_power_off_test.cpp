@@ -1,4 +1,4 @@
-#include "tests/store/store_test.h"
+#include "tests/store/pairing_test.h"
 
 namespace zelkovanta::store {
 namespace {
@@ -10,6 +10,7 @@ using support::makeDeviceWithSignIn;
 using support::makeMember;
 using support::makeSnapshot;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 /// The computer is about to go down.
 struct StorePowerOffTest : StoreTest {};
@@ -91,6 +92,70 @@ TEST_F(StorePowerOffTest, withoutAPairingTheScopeEndsAllTheSame) {
     EXPECT_EQ(state().settings.stationSignIn, LoginScope{});
     EXPECT_EQ(defaults.text("stationSignInAuditSessionId"), "");
     EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 0U);
+}
+
+/// The computer is about to go down, and then does not.
+struct StorePowerOffThatFailedTest : PairingTest {
+    void signIn() { deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-1")); }
+    /// A signed-in workstation whose sign-out was not answered within the time there was.
+    Exchange* launchPastPowerOff() {
+        launchWith("shared", makeSnapshot([](StateSnapshot& snapshot) { snapshot.device = makeDevice(); }));
+        signIn();
+        const auto begin = loop.now();
+        powerOff.announce();
+        EXPECT_EQ(loop.now() - begin, 2s);
+        settle();
+        journal.take();
+        return openRequest("POST", "/devices/me/signout");
+    }
+};
+
+TEST_F(StorePowerOffThatFailedTest, aSignOutAnsweredTooLateChangesNothing) {
+    for (const int status : {200, 500}) {
+        support::Computer other;
+        other.launchWith("shared", makeSnapshot([](StateSnapshot& snapshot) { snapshot.device = makeDevice(); }));
+        other.deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-1"));
+        other.powerOff.announce();
+        other.settle();
+        Exchange* const late = other.openRequest("POST", "/devices/me/signout");
+        ASSERT_TRUE(late);
+        // Somebody has sat down again meanwhile.
+        other.deliverSessionStarted(makeDeviceWithSignIn("member-2"), makeMember("member-2"));
+        other.journal.take();
+        late->answer(status, "{}");
+        other.settle();
+        EXPECT_TRUE(other.state().isPaired);
+        EXPECT_EQ(other.state().device->signedInMemberId, "member-2");
+        EXPECT_EQ(other.state().lastError, std::nullopt);
+        EXPECT_THAT(other.journal.take(), IsEmpty());
+    }
+}
+
+TEST_F(StorePowerOffThatFailedTest, aDeadTokenReportedTooLateStillEndsThePairing) {
+    Exchange* const late = launchPastPowerOff();
+    ASSERT_TRUE(late);
+    EXPECT_TRUE(state().isPaired);
+    late->answer(401, R"({"error":"invalid_token"})");
+    settle();
+    EXPECT_FALSE(state().isPaired);
+    EXPECT_TRUE(state().setupQrNotice);
+    EXPECT_EQ(storedToken(), std::nullopt);
+}
+
+TEST_F(StorePowerOffThatFailedTest, aSecondOneSignsOutOnlyWhoSignedInSince) {
+    ASSERT_TRUE(launchPastPowerOff());
+    const auto begin = loop.now();
+    powerOff.announce();
+    EXPECT_EQ(loop.now(), begin);
+    EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 1U);
+
+    signIn();
+    ASSERT_EQ(state().device->signedInMemberId, "member-1");
+    powerOff.announce();
+    EXPECT_EQ(loop.now() - begin, 2s);
+    EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 2U);
+    EXPECT_EQ(state().device->signedInMemberId, std::nullopt);
+    EXPECT_EQ(state().settings.stationSignIn, LoginScope{});
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "server/server_message.h"
 #include "tests/store/store_test.h"
 
 namespace zelkovanta::store {
@@ -317,6 +318,53 @@ TEST_F(StoreSignalsTest, aCooldownReachesTheErrorLineAndNothingElse) {
     answer("POST", "/members/me/status", 401, R"({"error":"in_cooldown","message":"Two more minutes."})");
     EXPECT_EQ(state().lastError, "Two more minutes.");
     EXPECT_TRUE(state().isPaired);
+}
+
+TEST_F(StoreSignalsTest, noEventButASignInTouchesTheErrorLine) {
+    using namespace server::server_message;
+    launchWith("room", makeSnapshot([](StateSnapshot& snapshot) { snapshot.signals = {makeSignal("s")}; }));
+    run([](AppStore& app) { return app.actOnSignal(makeSignal("s"), "done"); });
+    answer("PATCH", "/signals/s", 500);
+    const auto error = state().lastError;
+    ASSERT_TRUE(error);
+
+    deliverCreated(makeSignal("t"));
+    EXPECT_THAT(idsOf(state().signals), ElementsAre("s", "t"));
+    EXPECT_EQ(state().lastError, error) << "a new signal";
+    deliverUpdated(makeSignalThatIs("acknowledged", "t"));
+    EXPECT_EQ(state().signals[1].status, "acknowledged");
+    EXPECT_EQ(state().lastError, error) << "a changed signal";
+    deliverUpdated(makeSignalThatIs("done", "t"));
+    EXPECT_THAT(idsOf(state().signals), ElementsAre("s"));
+    EXPECT_EQ(state().lastError, error) << "a signal that is over";
+    deliverRecord("member.updated", MemberUpdated{makeMember("member-9")});
+    EXPECT_THAT(state().members, testing::SizeIs(4));
+    EXPECT_EQ(state().lastError, error) << "a member";
+    deliverRecord("office.updated",
+                  OfficeUpdated{support::makeOffice("office-1", [](auto& office) { office.name = "New"; })});
+    EXPECT_EQ(state().office->name, "New");
+    EXPECT_EQ(state().lastError, error) << "the office";
+    deliverRecord("rooms.updated", RoomsUpdated{{support::makeRoom("room-1")}});
+    EXPECT_THAT(idsOf(state().rooms), ElementsAre("room-1"));
+    EXPECT_EQ(state().lastError, error) << "the rooms";
+    deliverRecord("types.updated", TypesUpdated{{support::makeType("type-new", 1)}});
+    EXPECT_THAT(idsOf(state().signalTypes), ElementsAre("type-new"));
+    EXPECT_EQ(state().lastError, error) << "the types";
+    deliver("desktop.release", R"({"desktopRelease":)" + support::toJson(support::makeRelease("9", 9)) + "}");
+    EXPECT_THAT(takeLinesOf("updates"), ElementsAre("updates.announce 9"));
+    EXPECT_EQ(state().lastError, error) << "a release";
+    deliver("session.ended", "{}");
+    EXPECT_EQ(state().lastError, error) << "the end of a sign-in";
+    answerWith("GET", "/state", makeSnapshot());
+    EXPECT_THAT(state().signals, IsEmpty());
+    EXPECT_EQ(state().lastError, error) << "the state asked for";
+    deliverRecord("office.updated", OfficeUpdated{support::makeOffice("office-2")});
+    EXPECT_EQ(state().office->id, "office-2");
+    EXPECT_EQ(state().lastError, error) << "a move";
+    fail("GET", "/state", platform::TransportCause::noNetwork);
+    EXPECT_EQ(state().lastError, error) << "a state that could not be had";
+    deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-1"));
+    EXPECT_EQ(state().lastError, std::nullopt);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include "platform/task.h"
 #include "tests/platform/linux/scripted_server.h"
 #include "tests/platform/linux/scripted_web_socket.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <future>
 
@@ -361,7 +361,7 @@ TEST_F(BeastWebSocketTest, aTaskOfAnInvalidSessionFails) {
 }
 
 struct BeastTlsTest : BeastWebSocketTest {
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     TestCertificate authority = makeAuthority();
 
     BeastTlsTest() {

@@ -1,13 +1,13 @@
 #include "tests/platform/linux/curl_fixture.h"
 #include "tests/platform/linux/scripted_server.h"
-#include "tests/platform/linux/temporary_folder.h"
 #include "tests/platform/linux/test_certificates.h"
+#include "tests/support/temporary_folder.h"
 
 namespace zelkovanta::platform::linux_host {
 namespace {
 
 struct CurlTlsTest : CurlUrlSessionTest {
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     TestCertificate authority = makeAuthority();
 
     CurlTlsTest() {

@@ -2,7 +2,7 @@
 
 #include "platform/linux/atomic_file.h"
 #include "screens/vocabulary/vocabulary_keys.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <cstdint>
 #include <fstream>
@@ -118,7 +118,7 @@ std::string catalogueOf(Texts texts) {
 }
 
 struct GettextStringTableTest : testing::Test {
-    TemporaryFolder resources;
+    support::TemporaryFolder resources;
 
     void write(const std::string& language, const std::string& bytes) const {
         const auto folder = resources.path() / "locale" / language / "LC_MESSAGES";
@@ -200,7 +200,7 @@ TEST_F(GettextStringTableTest, noNumberInACatalogueLeadsBeyondItsEnd) {
 
 /// One language without the others, which would stand in for what it lacks.
 class ShippedTextsTest : public testing::TestWithParam<std::string> {
-    const TemporaryFolder resources_;
+    const support::TemporaryFolder resources_;
 
     [[nodiscard]] const std::filesystem::path& resourcesOfOne(const std::string& language) const {
         std::filesystem::create_directories(resources_.path() / "locale");

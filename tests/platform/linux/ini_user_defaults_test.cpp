@@ -1,8 +1,8 @@
 #include "platform/linux/ini_user_defaults.h"
 
 #include "platform/linux/network_thread.h"
-#include "tests/platform/linux/temporary_folder.h"
 #include "tests/platform/linux/without_root.h"
+#include "tests/support/temporary_folder.h"
 
 #include <cmath>
 #include <filesystem>
@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 struct IniUserDefaultsTest : testing::Test {
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     std::filesystem::path file = folder.path() / "config" / "zelkovanta" / "settings.ini";
     NetworkThread threads;
 

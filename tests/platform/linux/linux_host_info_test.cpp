@@ -1,6 +1,6 @@
 #include "platform/linux/linux_host_info.h"
 
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <fstream>
 #include <map>
@@ -11,7 +11,7 @@ namespace zelkovanta::platform::linux_host {
 namespace {
 
 struct LinuxHostInfoTest : testing::Test {
-    TemporaryFolder root;
+    support::TemporaryFolder root;
     std::map<std::string, std::string> variables;
     int busCalls = 0;
     std::string busId = "abc";

@@ -4,7 +4,7 @@
 #include "tests/platform/linux/qt_loop.h"
 #include "tests/platform/linux/scripted_server.h"
 #include "tests/platform/linux/scripted_web_socket.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <chrono>
 #include <optional>
@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 struct LinuxHostTest : testing::Test {
     int count = 0;
     QCoreApplication application{count, nullptr};
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     LinuxHost::Settings settings{
         .profile = Profile{"test"},
         .roots = {.config = folder.path() / "config", .data = folder.path() / "data", .state = folder.path() / "state"},

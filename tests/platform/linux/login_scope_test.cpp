@@ -4,7 +4,7 @@
 #include "platform/linux/linux_host_info.h"
 #include "platform/linux/network_thread.h"
 #include "store/settings.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <chrono>
 #include <fstream>
@@ -64,8 +64,8 @@ private:
 };
 
 struct LoginScopeOfThisHostTest : testing::Test {
-    TemporaryFolder root;
-    TemporaryFolder home;
+    support::TemporaryFolder root;
+    support::TemporaryFolder home;
     NetworkThread threads;
     std::map<std::string, std::string> variables;
     std::string busId;

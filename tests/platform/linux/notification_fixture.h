@@ -5,7 +5,7 @@
 #include "platform/linux/network_thread.h"
 #include "platform/linux/qt_main_thread.h"
 #include "tests/platform/linux/qt_loop.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <fstream>
 #include <memory>
@@ -47,7 +47,7 @@ struct NotificationTest : testing::Test {
 
     int count = 0;
     QCoreApplication application{count, nullptr};
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     QtMainThread mainThread;
     NetworkThread network;
     BoottimeClock clock{network.context()};

@@ -1,7 +1,7 @@
 #include "platform/linux/sound_player.h"
 
 #include "tests/platform/linux/qt_loop.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <fstream>
 #include <set>
@@ -17,7 +17,7 @@ namespace {
 struct SoundPlayerTest : testing::Test {
     int count = 0;
     QCoreApplication application{count, nullptr};
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
 
     SoundPlayerTest() {
         std::ofstream(folder.path() / "chime.caf") << "clip";
@@ -90,7 +90,7 @@ TEST_F(SoundPlayerTest, aPlayerThatHangsEndsWithTheProgram) {
 }
 
 TEST(SoundClipsTest, theFourClipsAreMadeAlikeEachTimeAndAreShortGentleAndDistinct) {
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     std::set<std::string> contents;
     for (const auto* const run : {"first", "second"}) {
         const auto target = QString::fromStdString((folder.path() / run).string());

@@ -3,8 +3,8 @@
 #include "platform/linux/bundle_information.h"
 #include "platform/linux/curl_url_session.h"
 #include "platform/linux/network_thread.h"
-#include "tests/platform/linux/temporary_folder.h"
 #include "tests/platform/linux/test_certificates.h"
+#include "tests/support/temporary_folder.h"
 
 #include <expected>
 #include <future>
@@ -78,7 +78,7 @@ protected:
     [[nodiscard]] static std::string shown(const Result& result);
 
     NetworkThread network;
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     BundleInformation information{folder.path()};
     TransportSettings settings;
     std::unique_ptr<CurlUrlLoading> loading;

@@ -4,7 +4,7 @@
 #include "platform/task.h"
 #include "tests/platform/linux/scripted_server.h"
 #include "tests/platform/linux/scripted_web_socket.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <array>
 #include <chrono>
@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 /// On a computer whose system trusts one authority: its folder of authorities holds nothing else.
 struct TrustTest : testing::Test {
     NetworkThread network;
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     TestCertificate systems = makeAuthority();
     TestCertificate own = makeAuthority();
     const std::filesystem::path systemFolder = "/etc/ssl/certs";

@@ -2,7 +2,7 @@
 
 #include "platform/linux/bundle_information.h"
 #include "tests/platform/linux/without_root.h"
-#include "tests/platform/linux/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <fstream>
 #include <iterator>
@@ -13,7 +13,7 @@ namespace zelkovanta::platform::linux_host {
 namespace {
 
 struct XdgLoginItemTest : testing::Test {
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     std::filesystem::path entry = folder.path() / "config" / "autostart" / "com.zelkovanta.Desktop.desktop";
     KeysAsTexts texts;
     XdgLoginItem item{entry, "/usr/bin/zelkovanta", texts};
@@ -101,7 +101,7 @@ TEST(AutostartEntryTest, aStrangePathStaysOneArgument) {
 }
 
 TEST(BundleInformationTest, entriesAreReadAfreshAtEachUse) {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const BundleInformation information(folder.path());
     EXPECT_EQ(information.text("CFBundleShortVersionString"), std::nullopt);
     std::ofstream(folder.path() / "Info.json") << R"({"CFBundleShortVersionString": "1.0.1", "count": 3, "ä": "ü"})";

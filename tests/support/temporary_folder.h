@@ -5,13 +5,13 @@
 #include <stdexcept>
 #include <string>
 
-namespace zelkovanta::office {
+namespace zelkovanta::support {
 
-/// A folder of its own, gone with the object.
+/// A folder of this test's own, removed with everything in it.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "zelkovanta-office-XXXXXX").string();
+        std::string name = (std::filesystem::temp_directory_path() / "zelkovanta-test-XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr) {
             throw std::runtime_error("no temporary folder");
         }
@@ -30,4 +30,4 @@ private:
     std::filesystem::path path_;
 };
 
-}  // namespace zelkovanta::office
+}  // namespace zelkovanta::support
