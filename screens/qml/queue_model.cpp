@@ -74,8 +74,8 @@ void QueueModel::tick() {
 void QueueModel::press(const QString& id, std::optional<RowAction> QueueRow::* action) const {
     const auto found = std::ranges::find(rows(), id.toStdString(), [](const auto& entry) { return entry->drawn.id; });
     if (found != rows().end() && (*found)->row.*action) {
-        // A copy, since the press may change the list.
-        const QueueEntryHandle entry = *found;
+        // A handle of its own, since the press may change the list.
+        const auto entry = QueueEntryHandle(*found);
         onPress_(entry->row.signal, *(entry->row.*action));
     }
 }

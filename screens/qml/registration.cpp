@@ -5,6 +5,7 @@
 #include <QQmlEngine>
 
 // Written by the build for the types of this folder; a static library drops what nobody names.
+// NOLINTNEXTLINE(readability-identifier-naming): the name that Qt's build gives it
 extern void qml_register_types_ZelkoVanta_Screens();
 
 namespace zelkovanta::screens::qml {

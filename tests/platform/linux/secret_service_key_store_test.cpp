@@ -19,6 +19,7 @@
 #include <QDBusVariant>
 #include <QFile>
 #include <QProcess>
+#include <boost/asio/io_context.hpp>
 #include <gtest/gtest.h>
 
 namespace zelkovanta::platform::linux_host {
@@ -314,12 +315,14 @@ TEST_F(SecretServiceKeyStoreTest, aWriteEndsTheWaitAtTheEndAsSoonAsThePersonAnsw
 
 TEST_F(SecretServiceKeyStoreTest, aStoreThatEndsWhileItConnectsLetsGoOfWhoAsked) {
     const FakeSecretService fake(FakeSecretService::Behaviour::answers, "secret");
+    boost::asio::io_context connecting;
+    store.emplace(mainThread.executor(), connecting.get_executor(), 10s);
     const auto reading = beginRead(token);
     store->write(token, "never");
     // The read runs up to its wait for the bus, whose answer then finds no store.
     QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
     store.reset();
+    EXPECT_EQ(connecting.run(), 1U);
     EXPECT_TRUE(runUntil([&] { return reading.use_count() == 1; }, 5s)) << "the task that read is still there";
     EXPECT_FALSE(reading->isDone);
     EXPECT_EQ(fake.calls, std::vector<std::string>{});
