@@ -83,8 +83,8 @@ private:
 
 /// Those to take back, in the order of `identities`. Each is asked for once and looked at there and then: what many
 /// notifications say lies far apart in memory, and is fetched once.
-template <std::ranges::input_range Identities>
-[[nodiscard]] std::vector<std::string> staleIdentifiers(Identities&& identities,
+template <std::ranges::view Identities>
+[[nodiscard]] std::vector<std::string> staleIdentifiers(Identities identities,
                                                         const StaleNotifications& notifications) {
     std::vector<std::string> stale;
     for (const DesktopSignalNotificationIdentity& identity : identities) {

@@ -51,10 +51,13 @@ std::vector<double> measureRoad() {
 
 int measure(const std::string& file) {
     const std::vector<double> road = measureRoad();
-    const std::vector<double> echo = measureEcho(2 * rounds);
     Results results(file);
-    results.add("road.store.p50", percentile(road, 0.50), "ms", "echo", percentile(echo, 0.50));
-    results.add("road.store.p99", percentile(road, 0.99), "ms", "echo", percentile(echo, 0.99));
+    for (const EchoEnd end : {EchoEnd::mainLoop, EchoEnd::socketThread}) {
+        const std::vector<double> echo = measureEcho(2 * rounds, end);
+        const char* const peer = end == EchoEnd::mainLoop ? "echo" : "echo_at_socket";
+        results.add("road.store.p50", percentile(road, 0.50), "ms", peer, percentile(echo, 0.50));
+        results.add("road.store.p99", percentile(road, 0.99), "ms", peer, percentile(echo, 0.99));
+    }
     return results.write() ? 0 : 1;
 }
 
@@ -70,8 +73,10 @@ int main(int argc, char** argv) {
     if (arguments.size() == 2 && arguments[0] == "--echo-poster") {
         return runEchoPoster(arguments[1]);
     }
-    if (arguments.size() == 2 && arguments[0] == "--echo-listener") {
-        return runEchoListener(arguments[1]);
+    for (const EchoEnd end : {EchoEnd::mainLoop, EchoEnd::socketThread}) {
+        if (arguments.size() == 3 && arguments[0] == "--echo-listener" && arguments[2] == nameOf(end)) {
+            return runEchoListener(argc, argv, arguments[1], end);
+        }
     }
     return measure(arguments.empty() ? std::string() : arguments[0]);
 }

@@ -5,10 +5,15 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <semaphore>
 #include <thread>
+#include <utility>
 
+#include <QCoreApplication>
+#include <QMetaObject>
 #include <boost/asio/awaitable.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
@@ -89,8 +94,8 @@ private:
     std::atomic<std::int64_t> acceptedAt_ = 0;
 };
 
-/// Holds a web socket, and says when each frame was read.
-asio::awaitable<void> listen(asio::io_context& context, std::uint16_t port) {
+/// Holds a web socket, and tells of each frame as it is read.
+asio::awaitable<void> listen(asio::io_context& context, std::uint16_t port, std::function<void()> arrived) {
     Requests stream(context);
     co_await stream.async_connect(tcp::endpoint(asio::ip::address_v4::loopback(), port));
     stream.socket().set_option(tcp::no_delay(true));
@@ -99,21 +104,26 @@ asio::awaitable<void> listen(asio::io_context& context, std::uint16_t port) {
     for (;;) {
         beast::flat_buffer buffer;
         co_await socket.async_read(buffer);
-        std::printf("%lld\n", static_cast<long long>(monotonicNow()));
-        std::fflush(stdout);
+        arrived();
     }
 }
 
-void runListener(const std::string& port) {
+void sayTime() {
+    std::printf("%lld\n", static_cast<long long>(monotonicNow()));
+    std::fflush(stdout);
+}
+
+void runListener(const std::string& port, std::function<void()> arrived) {
     asio::io_context context;
     // Ends with the connection, by the exception that says so.
-    asio::co_spawn(context, listen(context, static_cast<std::uint16_t>(std::stoi(port))), asio::detached);
+    asio::co_spawn(context, listen(context, static_cast<std::uint16_t>(std::stoi(port)), std::move(arrived)),
+                   asio::detached);
     context.run();
 }
 
 }  // namespace
 
-std::vector<double> measureEcho(std::size_t rounds) {
+std::vector<double> measureEcho(std::size_t rounds, EchoEnd end) {
     asio::io_context context;
     Forwarder forwarder(context);
     std::thread thread([&] { context.run(); });
@@ -121,7 +131,7 @@ std::vector<double> measureEcho(std::size_t rounds) {
     {
         ChildProcess poster({"--echo-poster", forwarder.port()});
         forwarder.waitForSocket();
-        ChildProcess listener({"--echo-listener", forwarder.port()});
+        ChildProcess listener({"--echo-listener", forwarder.port(), nameOf(end)});
         forwarder.waitForSocket();
         for (std::size_t round = 0; round < rounds; ++round) {
             poster.writeLine("post");
@@ -136,7 +146,7 @@ std::vector<double> measureEcho(std::size_t rounds) {
 }
 
 int runEchoPoster(const std::string& port) {
-    std::thread([port] { runListener(port); }).detach();
+    std::thread([port] { runListener(port, sayTime); }).detach();
     CURL* handle = curl_easy_init();
     const std::string url = "http://127.0.0.1:" + port + "/";
     curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
@@ -151,9 +161,21 @@ int runEchoPoster(const std::string& port) {
     return 0;
 }
 
-int runEchoListener(const std::string& port) {
-    runListener(port);
-    return 0;
+int runEchoListener(int argc, char** argv, const std::string& port, EchoEnd end) {
+    if (end == EchoEnd::socketThread) {
+        runListener(port, sayTime);
+        return 0;
+    }
+    QCoreApplication application(argc, argv);
+    std::thread([port, &application] {
+        runListener(port, [&application] { QMetaObject::invokeMethod(&application, sayTime, Qt::QueuedConnection); });
+    }).detach();
+    // The parent ends this process.
+    std::_Exit(QCoreApplication::exec());
+}
+
+const char* nameOf(EchoEnd end) {
+    return end == EchoEnd::mainLoop ? "main-loop" : "socket-thread";
 }
 
 }  // namespace zelkovanta::benchmarks

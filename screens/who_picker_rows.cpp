@@ -76,14 +76,18 @@ private:
 
     void addPerson(const records::Member& member) {
         const std::size_t queue = queues_.at(member.id);
-        rows_.emplace_back(PersonRow{
-            .memberId = member.id,
-            .avatar = {.name = member.name, .colorHex = member.color, .diameter = avatarDiameter},
-            .queue = queue == 0
-                         ? std::string{}
-                         : platform::filled(strings_.localized("%lld in queue"), {static_cast<std::int64_t>(queue)}),
-            .doNotDisturb = member.status == "dnd" ? strings_.localized("DND") : std::string{},
-            .chosen = selected_.contains(member.id)});
+        PersonRow row{.memberId = member.id,
+                      .avatar = {.name = member.name, .colorHex = member.color, .diameter = avatarDiameter},
+                      .queue = {},
+                      .doNotDisturb = {},
+                      .chosen = selected_.contains(member.id)};
+        if (queue != 0) {
+            row.queue = platform::filled(strings_.localized("%lld in queue"), {static_cast<std::int64_t>(queue)});
+        }
+        if (member.status == "dnd") {
+            row.doNotDisturb = strings_.localized("DND");
+        }
+        rows_.emplace_back(std::move(row));
     }
 
     [[nodiscard]] bool areSelected(const MemberList& members) const {

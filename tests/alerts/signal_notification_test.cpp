@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <optional>
+#include <ranges>
 #include <rapidcheck.h>
 #include <string>
 #include <string_view>
@@ -25,7 +26,7 @@ using Ids = std::vector<std::string_view>;
 std::vector<std::string> stale(const Identities& identities, const Ids& open,
                                const std::optional<std::string>& memberId) {
     const auto expected = expectedIdentifiers(open);
-    return staleIdentifiers(identities, StaleNotifications(expected, memberId));
+    return staleIdentifiers(std::views::all(identities), StaleNotifications(expected, memberId));
 }
 
 TEST(SignalIdentifier, isThePrefixAndTheId) {
