@@ -65,6 +65,7 @@ public:
 
     /// How a web socket ends the connection below it.
     template <class Handler>
+    // NOLINTNEXTLINE(readability-identifier-naming): the name that the library calls
     friend void async_teardown(boost::beast::role_type role, NetworkStream& stream, Handler&& handler) {
         using boost::beast::websocket::async_teardown;
         std::visit([&](auto& layer) { async_teardown(role, layer, std::forward<Handler>(handler)); }, stream.layer_);

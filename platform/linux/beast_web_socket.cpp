@@ -45,6 +45,7 @@ public:
     /// Of the answer to the opening request, once its first line has come.
     [[nodiscard]] std::optional<int> httpStatus() const { return httpStatus_; }
 
+    // NOLINTBEGIN(cppcoreguidelines-missing-std-forward): the library takes the handler as a name and moves from it.
     template <class Buffers, class Handler>
     auto async_read_some(const Buffers& buffers, Handler&& handler) {
         return asio::async_initiate<Handler, void(error_code, std::size_t)>(
@@ -62,6 +63,7 @@ public:
             },
             handler, firstOf<asio::const_buffer>(buffers));
     }
+    // NOLINTEND(cppcoreguidelines-missing-std-forward)
 
 private:
     template <class Buffer, class Buffers>
@@ -109,6 +111,7 @@ private:
 };
 
 // What the library calls to end a connection. None of them waits for the peer.
+// NOLINTBEGIN(readability-identifier-naming): the names that it calls.
 void beast_close_socket(UpgradedStream& stream) {
     stream.connection().close();
 }
@@ -118,6 +121,7 @@ void async_teardown(boost::beast::role_type, UpgradedStream& stream, Handler&& h
     stream.connection().close();
     asio::post(stream.get_executor(), [handler = std::forward<Handler>(handler)]() mutable { handler(error_code{}); });
 }
+// NOLINTEND(readability-identifier-naming)
 
 /// A client's close frame: final, masked, two bytes of code.
 std::string closeFrame(std::uint16_t code) {

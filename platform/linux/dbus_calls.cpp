@@ -23,16 +23,16 @@ void callBus(const QDBusConnection& bus, const QDBusMessage& call, std::chrono::
     const auto shared = std::make_shared<Completion<const QDBusMessage&>>(std::move(answer));
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, shared] {
         // What the answer leads to may destroy the owner, and this with it.
-        const auto kept = shared;
+        const auto kept = std::shared_ptr(shared);
         const auto reply = watcher->reply();
         watcher->deleteLater();
         (*kept)(reply);
     });
 }
 
-Awaitable<QDBusMessage> callBus(QDBusConnection bus, QDBusMessage call, std::chrono::milliseconds limit,
+Awaitable<QDBusMessage> callBus(const QDBusConnection& bus, const QDBusMessage& call, std::chrono::milliseconds limit,
                                 QObject& owner) {
-    auto begin = [bus, call = std::move(call), limit, &owner](Completion<QDBusMessage> done) {
+    auto begin = [bus, call, limit, &owner](Completion<QDBusMessage> done) {
         callBus(bus, call, limit, owner,
                 [done = std::move(done)](const QDBusMessage& answer) mutable { done(answer); });
     };

@@ -27,8 +27,8 @@ void callBus(const QDBusConnection& bus, const QDBusMessage& call, std::chrono::
              Completion<const QDBusMessage&> answer);
 
 /// The same for a coroutine. Destroying `owner` lets go of it.
-[[nodiscard]] Awaitable<QDBusMessage> callBus(QDBusConnection bus, QDBusMessage call, std::chrono::milliseconds limit,
-                                              QObject& owner);
+[[nodiscard]] Awaitable<QDBusMessage> callBus(const QDBusConnection& bus, const QDBusMessage& call,
+                                              std::chrono::milliseconds limit, QObject& owner);
 
 /// Hears one signal of one sender as long as it lives.
 class DBusSignal final : public QObject {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/system/error_code.hpp>
@@ -21,7 +22,7 @@ namespace zelkovanta::platform::linux_host {
 /// Where connections get their trust from. Loads the authorities at its first use.
 class TlsTrust {
 public:
-    explicit TlsTrust(const TransportSettings& settings) : settings_(settings) {}
+    explicit TlsTrust(TransportSettings settings) : settings_(std::move(settings)) {}
     [[nodiscard]] std::shared_ptr<boost::asio::ssl::context> context();
 
 private:
