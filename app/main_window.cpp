@@ -1,7 +1,7 @@
 #include "app/main_window.h"
 
+#include "screens/qml/brand_mark.h"
 #include "screens/qml/registration.h"
-#include "screens/qml/symbols.h"
 #include "screens/qml/theme.h"
 
 #include <QGuiApplication>

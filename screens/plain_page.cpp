@@ -1,12 +1,9 @@
 #include "screens/plain_page.h"
 
-#include "records/server_date.h"
 #include "records/text.h"
 #include "store/queues.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -150,7 +147,7 @@ private:
                 .image = code.image,
                 .placeholder = signInPlaceholder(),
                 .error = code.error.value_or(""),
-                .expiresAt = code.expiresAt ? records::parseServerDate(*code.expiresAt) : std::nullopt};
+                .expiresAt = code.expiresAt.value_or("")};
     }
 
     void writeLists(PlainPage& page) const {
@@ -194,15 +191,6 @@ std::string pairingCodeText(const std::string& typed) {
         records::characterPrefix(pairingCodeLength, records::alphanumericsOnly(records::uppercased(typed)));
     const std::string head = records::characterPrefix(pairingCodeLength / 2, code);
     return head.size() == code.size() ? code : head + "-" + code.substr(head.size());
-}
-
-std::string signInCountdown(const PlainSignIn& signIn, platform::WallTime now, const platform::StringTable& strings) {
-    if (!signIn.expiresAt || !signIn.error.empty()) {
-        return "";
-    }
-    const auto left = std::clamp(std::chrono::ceil<std::chrono::seconds>(*signIn.expiresAt - now),
-                                 std::chrono::seconds{0}, store::signInCodeLifetime);
-    return platform::filled(strings.localized("Code refreshes in %lld"), {std::int64_t{left.count()}});
 }
 
 PairingForm withTyped(PairingForm form, const std::string& typed) {

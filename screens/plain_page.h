@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/clock.h"
 #include "platform/string_table.h"
 #include "screens/compose_form.h"
 #include "store/store_state.h"
@@ -26,7 +25,7 @@ struct PlainSignIn {
     std::optional<std::string> image;  ///< bytes of the image file
     std::string placeholder;           ///< where the image would be; empty while there is one
     std::string error;
-    std::optional<platform::WallTime> expiresAt;
+    std::string expiresAt;  ///< as the server would write it; empty without a code
     bool operator==(const PlainSignIn&) const = default;
 };
 
@@ -72,11 +71,6 @@ struct PlainFormPlace {
     bool operator==(const PlainFormPlace&) const = default;
 };
 [[nodiscard]] PlainFormPlace formPlace(const store::StoreState& state);
-
-/// The line under a sign-in code: how many seconds it will still be there. Empty without a code, and while there is
-/// something else to say. The clock may have been set since the code came.
-[[nodiscard]] std::string signInCountdown(const PlainSignIn& signIn, platform::WallTime now,
-                                          const platform::StringTable& strings);
 
 /// A pairing code as it is shown while it is typed: letters and digits, upper case, "XXXX-XXXX".
 [[nodiscard]] std::string pairingCodeText(const std::string& typed);

@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// A press, with the mouse, the keyboard or a screen reader.
-T.Button {
+PressButton {
     id: control
 
     enum Kind {
@@ -15,8 +14,6 @@ T.Button {
     }
 
     property int kind: AppButton.Plain
-    /// What is said aloud where the visible text alone would not tell.
-    property string spokenName: text
     property string symbol: ""
 
     readonly property color fill: {
@@ -48,16 +45,8 @@ T.Button {
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: 30
     horizontalPadding: 12
-    focusPolicy: Qt.StrongFocus
     opacity: enabled ? 1 : 0.45
-
-    Accessible.role: Accessible.Button
-    Accessible.name: spokenName
-    Accessible.onPressAction: if (enabled)
-        clicked()
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    spokenName: text
 
     contentItem: Item {
         implicitWidth: label.implicitWidth + (control.symbol !== "" ? 24 : 0)

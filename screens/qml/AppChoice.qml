@@ -146,7 +146,7 @@ T.ComboBox {
             radius: 4
             color: Theme.card
             border.width: 1
-            border.color: Theme.tertiary
+            border.color: Theme.hairline
         }
     }
 }

@@ -1,24 +1,16 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// The round button that opens a form.
-T.Button {
+PressButton {
     id: control
 
     implicitWidth: 52
     implicitHeight: 52
-    focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-
-    Accessible.role: Accessible.Button
-    Accessible.name: qsTr("Send a request")
-    Accessible.onPressAction: clicked()
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    spokenName: qsTr("Send a request")
 
     contentItem: Item {
         SymbolIcon {
@@ -31,19 +23,22 @@ T.Button {
     }
 
     background: Item {
-        // A shadow of a few rings, each fainter than the one within.
+        // A shadow as deep as it is wide, in rings of a pixel that all lie upon each other below the disc.
         Repeater {
+            id: shadow
+
+            readonly property real depth: 0.28
+
             model: 7
 
             Rectangle {
                 required property int index
 
                 anchors.centerIn: parent
-                anchors.verticalCenterOffset: 2
-                width: control.width + 2 * index
+                width: control.width + 2 * (index + 1)
                 height: width
                 radius: width / 2
-                color: Qt.rgba(0, 0, 0, 0.28 / 7)
+                color: Qt.rgba(0, 0, 0, 1 - Math.pow(1 - shadow.depth, 1 / shadow.model))
             }
         }
         // A gradient has rough edges without a graphics driver, so a plain disc lends it its own.
@@ -73,7 +68,7 @@ T.Button {
     }
 
     Tip {
-        text: qsTr("Send a request")
+        text: control.spokenName
         visible: control.hovered && !control.down
     }
 }

@@ -62,7 +62,7 @@ Rectangle {
         Caption {
             width: parent.width
             text: foot.compose.error
-            color: Theme.redText
+            color: Theme.red
             font.pixelSize: Theme.textSize
             maximumLineCount: 4
             wrapMode: Text.Wrap

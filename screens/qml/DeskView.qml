@@ -121,7 +121,7 @@ ColumnLayout {
         Layout.rightMargin: Theme.margin
         Layout.bottomMargin: 8
         text: desk.page.error
-        color: Theme.redText
+        color: Theme.red
         font.pixelSize: Theme.textSize
         maximumLineCount: 3
         wrapMode: Text.Wrap

@@ -1,12 +1,10 @@
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// A press on a symbol. It shows no words, so it must have a name.
-T.Button {
+PressButton {
     id: control
 
-    required property string spokenName
     required property string symbol
     property color tint: Theme.secondary
     property color fill: "transparent"
@@ -16,17 +14,8 @@ T.Button {
 
     implicitWidth: 30
     implicitHeight: 30
-    focusPolicy: Qt.StrongFocus
     opacity: enabled ? 1 : 0.45
     hoverEnabled: true
-
-    Accessible.role: Accessible.Button
-    Accessible.name: spokenName
-    Accessible.onPressAction: if (enabled)
-        clicked()
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
 
     contentItem: Item {
         SymbolIcon {

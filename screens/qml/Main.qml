@@ -19,6 +19,7 @@ Window {
         anchors.fill: parent
         visible: !window.page.paired
         page: window.page
+        inSight: window.inSight
     }
     DeskView {
         id: desk

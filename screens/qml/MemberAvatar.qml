@@ -26,7 +26,8 @@ Item {
         text: avatar.initials
         textFormat: Text.PlainText
         color: Theme.primary
-        font.pixelSize: Math.max(1, 0.36 * avatar.diameter)
+        // Sizes in pixels are whole numbers only.
+        font.pointSize: Theme.pointSize(0.36 * avatar.diameter)
         font.bold: true
         Accessible.ignored: true
     }

@@ -13,6 +13,14 @@ T.CheckBox {
 
     signal picked
 
+    /// Return together with another key is meant for whoever is around.
+    function takeReturn(event) {
+        event.accepted = (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier)) === 0;
+        if (event.accepted) {
+            control.picked();
+        }
+    }
+
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
     implicitHeight: Math.max(40, contentItem.implicitHeight + topPadding + bottomPadding)
     horizontalPadding: 10
@@ -26,8 +34,8 @@ T.CheckBox {
     Accessible.onToggleAction: picked()
 
     onClicked: picked()
-    Keys.onReturnPressed: picked()
-    Keys.onEnterPressed: picked()
+    Keys.onReturnPressed: event => takeReturn(event)
+    Keys.onEnterPressed: event => takeReturn(event)
 
     background: PickRowFace {
         chosen: control.checked

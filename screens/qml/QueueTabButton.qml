@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// One half of the switch between the two lists, with the number of its rows.
-T.Button {
+PressButton {
     id: control
 
     required property shownTab tab
@@ -11,16 +10,10 @@ T.Button {
 
     text: tab.title
     implicitHeight: 36
-    focusPolicy: Qt.StrongFocus
+    spokenName: tab.badge !== "" ? tab.title + ", " + tab.badge : tab.title
 
-    Accessible.role: Accessible.Button
-    Accessible.name: tab.badge !== "" ? tab.title + ", " + tab.badge : tab.title
     Accessible.checkable: true
     Accessible.checked: tab.selected
-    Accessible.onPressAction: clicked()
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
 
     contentItem: Item {
         Row {
@@ -44,11 +37,10 @@ T.Button {
                 radius: height / 2
                 color: control.tab.badgeFill
 
-                Text {
+                Digits {
                     id: number
                     anchors.centerIn: parent
                     text: control.tab.badge
-                    textFormat: Text.PlainText
                     color: Theme.ink
                     font.pixelSize: Theme.badgeSize
                     font.weight: Font.Bold

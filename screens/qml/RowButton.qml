@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// A button of a row: a word in a capsule, or a symbol on a disc.
-T.Button {
+PressButton {
     id: control
 
     required property shownButton spec
@@ -13,14 +12,7 @@ T.Button {
     text: spec.text
     implicitWidth: spec.shown ? (spec.symbol !== "" ? 32 : Math.ceil(implicitContentWidth) + 24) : 0
     implicitHeight: 32
-    focusPolicy: Qt.StrongFocus
-
-    Accessible.role: Accessible.Button
-    Accessible.name: spec.name
-    Accessible.onPressAction: clicked()
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    spokenName: spec.name
 
     contentItem: Item {
         implicitWidth: label.implicitWidth

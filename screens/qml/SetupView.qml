@@ -8,6 +8,7 @@ Flickable {
     id: setup
 
     required property PageModel page
+    required property bool inSight
 
     contentHeight: content.height + 2 * content.y
     clip: true
@@ -32,33 +33,28 @@ Flickable {
         Caption {
             Layout.fillWidth: true
             text: setup.page.setupNotice
-            color: Theme.redText
+            color: Theme.red
             font.pixelSize: Theme.textSize
             horizontalAlignment: Text.AlignHCenter
             maximumLineCount: 4
             wrapMode: Text.Wrap
         }
-        CodeCard {
-            Layout.alignment: Qt.AlignHCenter
+        QrCodeCard {
+            Layout.fillWidth: true
             spokenName: qsTr("Setup code")
             file: setup.page.setupImage
             hasImage: setup.page.hasSetupImage
+            inSight: setup.inSight && setup.visible
             placeholder: setup.page.setupPlaceholder
             illegibleText: qsTr("The code can't be shown. Type a pairing code instead.")
+            caption: qsTr("Scan with the ZelkoVanta app, or type a pairing code from the web admin.")
         }
         Caption {
             Layout.fillWidth: true
             text: setup.page.setupError
-            color: Theme.redText
+            color: Theme.red
             font.pixelSize: Theme.textSize
             horizontalAlignment: Text.AlignHCenter
-        }
-        Caption {
-            Layout.fillWidth: true
-            text: qsTr("Scan with the ZelkoVanta app, or type a pairing code from the web admin.")
-            horizontalAlignment: Text.AlignHCenter
-            maximumLineCount: 3
-            wrapMode: Text.Wrap
         }
         RowLayout {
             spacing: 8
@@ -89,7 +85,7 @@ Flickable {
         Caption {
             Layout.fillWidth: true
             text: setup.page.pairingError
-            color: Theme.redText
+            color: Theme.red
             maximumLineCount: 4
             wrapMode: Text.Wrap
         }

@@ -11,7 +11,6 @@ Flickable {
     required property bool inSight
 
     readonly property bool lookedAt: visible && inSight && page.asksForSignIn
-    property double now: page.now()
 
     onLookedAtChanged: page.lookAtSignInCode(lookedAt)
     Component.onCompleted: page.lookAtSignInCode(lookedAt)
@@ -20,14 +19,6 @@ Flickable {
     clip: true
     boundsBehavior: Flickable.StopAtBounds
     T.ScrollBar.vertical: AppScrollBar {}
-
-    Timer {
-        interval: 1000
-        running: view.lookedAt
-        repeat: true
-        triggeredOnStart: true
-        onTriggered: view.now = view.page.now()
-    }
 
     ColumnLayout {
         id: content
@@ -47,37 +38,25 @@ Flickable {
             wrapMode: Text.Wrap
             Accessible.role: Accessible.Heading
         }
-        CodeCard {
-            id: card
-
-            Layout.alignment: Qt.AlignHCenter
-            implicitWidth: 200
-            implicitHeight: 200
+        QrCodeCard {
+            Layout.fillWidth: true
             spokenName: qsTr("Sign-in code")
             file: view.page.signInImage
             hasImage: view.page.hasSignInImage
+            inSight: view.lookedAt
             faded: view.page.signInError !== ""
             placeholder: view.page.signInPlaceholder
             illegibleText: qsTr("The code can't be shown.")
+            caption: view.page.signInHint
+            // Nothing is on its way to refresh a code that could not be had.
+            expiresAt: view.page.signInError === "" ? view.page.signInExpiresAt : ""
+            onTicked: countdown = view.page.codeRefreshText(expiresAt)
         }
         Caption {
             Layout.fillWidth: true
             text: view.page.signInError
-            color: Theme.redText
+            color: Theme.red
             font.pixelSize: Theme.textSize
-            horizontalAlignment: Text.AlignHCenter
-        }
-        Caption {
-            Layout.fillWidth: true
-            text: view.page.signInHint
-            font.pixelSize: Theme.textSize
-            horizontalAlignment: Text.AlignHCenter
-            maximumLineCount: 3
-            wrapMode: Text.Wrap
-        }
-        Caption {
-            Layout.fillWidth: true
-            text: view.page.signInError === "" && card.showsCode ? view.page.signInCountdown(view.now) : ""
             horizontalAlignment: Text.AlignHCenter
         }
     }

@@ -13,6 +13,14 @@ T.RadioButton {
 
     signal picked
 
+    /// Return together with another key is meant for whoever is around.
+    function takeReturn(event) {
+        event.accepted = (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier)) === 0;
+        if (event.accepted) {
+            control.picked();
+        }
+    }
+
     checked: chosen
     implicitWidth: Math.min(widest, Math.ceil(name.implicitWidth) + 20 + 34)
     implicitHeight: 36
@@ -25,8 +33,8 @@ T.RadioButton {
     Accessible.onToggleAction: picked()
 
     onClicked: picked()
-    Keys.onReturnPressed: picked()
-    Keys.onEnterPressed: picked()
+    Keys.onReturnPressed: event => takeReturn(event)
+    Keys.onEnterPressed: event => takeReturn(event)
 
     contentItem: Item {
         TypeMark {

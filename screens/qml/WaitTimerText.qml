@@ -2,13 +2,10 @@ import QtQuick
 import ZelkoVanta.Screens
 
 /// How long a signal has waited.
-Words {
+Digits {
     required property shownColor tint
 
-    // As wide as its digits may become for a while, so that nothing beside it moves with each second.
-    width: Math.ceil(implicitWidth / 12) * 12
-    horizontalAlignment: Text.AlignRight
-    elide: Text.ElideNone
+    width: implicitWidth
     color: Theme.dark ? tint.dark : tint.light
     font.weight: Font.DemiBold
 }

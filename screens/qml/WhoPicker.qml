@@ -18,9 +18,10 @@ ListView {
         list.moved = true;
         const to = list.currentIndex + by;
         if (to >= 0 && to < list.count) {
-            list.currentIndex = to;
             list.positionViewAtIndex(to, ListView.Contain);
-            list.currentItem?.forceActiveFocus(Qt.TabFocusReason);
+            // The keyboard first: a row that has it cannot cease to be the one that Tab finds.
+            list.itemAtIndex(to)?.forceActiveFocus(Qt.TabFocusReason);
+            list.currentIndex = to;
         }
     }
 

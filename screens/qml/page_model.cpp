@@ -1,23 +1,14 @@
 #include "screens/qml/page_model.h"
 
 #include "platform/task.h"
+#include "screens/theme/code_refresh.h"
 
-#include <chrono>
 #include <utility>
 #include <variant>
 
 #include <QPointer>
 
 namespace zelkovanta::screens::qml {
-
-namespace {
-
-platform::WallTime momentOf(double milliseconds) {
-    using namespace std::chrono;
-    return platform::WallTime{round<microseconds>(duration<double, std::milli>(milliseconds))};
-}
-
-}  // namespace
 
 PageModel::PageModel(std::shared_ptr<store::AppStore> store, const PagePorts& ports)
     : store_(std::move(store)), ports_(ports), queue_(store_, ports.main, ports.clock, ports.strings) {
@@ -111,8 +102,8 @@ void PageModel::lookAtSignInCode(bool looking) {
     signInCodeViewer_ = looking ? store_->showSignInCode() : nullptr;
 }
 
-QString PageModel::signInCountdown(double now) const {
-    return shown(screens::signInCountdown(page_.signIn, momentOf(now), ports_.strings));
+QString PageModel::codeRefreshText(const QString& expiresAt) const {
+    return shown(theme::codeRefreshText(expiresAt.toStdString(), ports_.clock.wallNow(), ports_.strings).value_or(""));
 }
 
 QByteArray PageModel::signInImage() const {
@@ -129,11 +120,6 @@ void PageModel::signOut() {
 
 void PageModel::unlink() {
     platform::startTask(ports_.main, [store = store_] { return store->unlinkComputer(); });
-}
-
-double PageModel::now() const {
-    using namespace std::chrono;
-    return duration<double, std::milli>(ports_.clock.wallNow().time_since_epoch()).count();
 }
 
 }  // namespace zelkovanta::screens::qml

@@ -50,6 +50,7 @@ class PageModel : public QObject {
     Q_PROPERTY(QString signInHint READ signInHint NOTIFY pageChanged)
     Q_PROPERTY(QString signInError READ signInError NOTIFY pageChanged)
     Q_PROPERTY(QString signInPlaceholder READ signInPlaceholder NOTIFY pageChanged)
+    Q_PROPERTY(QString signInExpiresAt READ signInExpiresAt NOTIFY pageChanged)
     Q_PROPERTY(QByteArray signInImage READ signInImage NOTIFY signInImageChanged)
     Q_PROPERTY(bool hasSignInImage READ hasSignInImage NOTIFY signInImageChanged)
     Q_PROPERTY(bool asksForRoom READ asksForRoom NOTIFY pageChanged)
@@ -85,6 +86,7 @@ public:
     [[nodiscard]] QString signInHint() const { return shown(page_.signIn.hint); }
     [[nodiscard]] QString signInError() const { return shown(page_.signIn.error); }
     [[nodiscard]] QString signInPlaceholder() const { return shown(page_.signIn.placeholder); }
+    [[nodiscard]] QString signInExpiresAt() const { return shown(page_.signIn.expiresAt); }
     [[nodiscard]] QByteArray signInImage() const;
     [[nodiscard]] bool hasSignInImage() const { return page_.signIn.image.has_value(); }
     [[nodiscard]] bool asksForRoom() const { return page_.asksForRoom; }
@@ -108,13 +110,11 @@ public:
     Q_INVOKABLE void pair();
     /// Whether the place of the sign-in code is in sight; only then is there one.
     Q_INVOKABLE void lookAtSignInCode(bool looking);
-    Q_INVOKABLE [[nodiscard]] QString signInCountdown(double now) const;
+    /// How long a code that ends then will still be there, as of now; empty for an end that cannot be read.
+    Q_INVOKABLE [[nodiscard]] QString codeRefreshText(const QString& expiresAt) const;
     Q_INVOKABLE void chooseRoom(const QString& roomId);
     Q_INVOKABLE void signOut();
     Q_INVOKABLE void unlink();
-
-    /// Milliseconds since 1970.
-    Q_INVOKABLE [[nodiscard]] double now() const;
 
 Q_SIGNALS:
     void pageChanged();

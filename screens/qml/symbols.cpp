@@ -1,20 +1,21 @@
 #include "screens/qml/symbols.h"
 
+#include "screens/qml/brand_mark.h"
+
 #include <QFile>
+#include <QImage>
+#include <QLatin1String>
 #include <QPainter>
 #include <QSvgRenderer>
 #include <QtDebug>
 
 namespace zelkovanta::screens::qml {
 
-namespace {
-
-constexpr double tileRadius = 0.22;  // of the side
-constexpr double tileInset = 0.19;
-
-}  // namespace
-
 void paintSymbol(QPainter& painter, const QString& name, const QColor& color, const QRectF& place) {
+    if (name == QLatin1String{brandMark}) {
+        paintBrandMark(painter, color, place);
+        return;
+    }
     QFile file(QStringLiteral(":/qt/qml/ZelkoVanta/Screens/symbols/%1.svg").arg(name));
     if (!file.open(QIODevice::ReadOnly)) {
         qWarning("There is no symbol \"%s\".", qPrintable(name));
@@ -23,32 +24,28 @@ void paintSymbol(QPainter& painter, const QString& name, const QColor& color, co
     // The drawing leaves its colour open, in the word that browsers know.
     QSvgRenderer drawing(file.readAll().replace("currentColor", color.name(QColor::HexRgb).toLatin1()));
     drawing.setAspectRatioMode(Qt::KeepAspectRatio);
+    if (color.alpha() == 255) {
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        drawing.render(&painter, place);
+        painter.restore();
+        return;
+    }
+    // In a layer of its own, so that what lies upon each other lets no less through.
+    QImage layer(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    layer.setDevicePixelRatio(painter.device()->devicePixelRatioF());
+    layer.fill(Qt::transparent);
+    {
+        QPainter apart(&layer);
+        apart.setTransform(painter.transform());
+        apart.setRenderHint(QPainter::Antialiasing);
+        drawing.render(&apart, place);
+    }
     painter.save();
+    painter.resetTransform();
     painter.setOpacity(painter.opacity() * color.alphaF());
-    painter.setRenderHint(QPainter::Antialiasing);
-    drawing.render(&painter, place);
+    painter.drawImage(QPoint{}, layer);
     painter.restore();
-}
-
-QImage symbolImage(const QString& name, const QColor& color, const QSize& size) {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    paintSymbol(painter, name, color, QRectF{QPointF{}, QSizeF{size}});
-    return image;
-}
-
-QImage brandTileImage(int side, const QColor& tile, const QColor& mark) {
-    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(tile);
-    painter.drawRoundedRect(QRectF{0, 0, double(side), double(side)}, tileRadius * side, tileRadius * side);
-    const double inset = tileInset * side;
-    paintSymbol(painter, QString::fromLatin1(brandMark), mark, {inset, inset, side - 2 * inset, side - 2 * inset});
-    return image;
 }
 
 }  // namespace zelkovanta::screens::qml

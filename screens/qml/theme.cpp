@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 #include <QQmlEngine>
+#include <QScreen>
 
 namespace zelkovanta::screens::qml {
 
@@ -34,6 +35,11 @@ bool Theme::isDark() const {
             break;
     }
     return QGuiApplication::palette().color(QPalette::Window).lightnessF() < 0.5F;
+}
+
+double Theme::pointSize(double pixels) const {
+    constexpr double pointsInAnInch = 72;
+    return pixels * pointsInAnInch / QGuiApplication::primaryScreen()->logicalDotsPerInchY();
 }
 
 void Theme::refresh() {

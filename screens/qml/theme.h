@@ -35,7 +35,8 @@ public:
     bool operator==(const ShownColor&) const = default;
 };
 
-/// Colours and sizes. Light or dark is what the desktop says; where it says nothing, what its palette is.
+/// Colours and sizes. Light or dark is what the desktop says; where it says nothing, what its palette is, which is
+/// light where nobody has chosen one.
 class Theme : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -106,6 +107,9 @@ public:
     [[nodiscard]] QColor redText() const { return shown(theme::redText); }
     [[nodiscard]] QColor greenText() const { return shown(theme::greenText); }
     [[nodiscard]] QColor stoneText() const { return shown(theme::stoneText); }
+
+    /// What a text size in pixels is in points, of which there may be parts as well.
+    Q_INVOKABLE [[nodiscard]] double pointSize(double pixels) const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -24,7 +24,7 @@ struct Color {
     return color;
 }
 
-/// How the desktop looks. Whoever cannot tell takes it for light.
+/// How the desktop looks. Where it does not say so, its palette does; one that nobody has chosen is light.
 enum class Appearance : std::uint8_t { light, dark };
 
 /// A colour that follows the appearance.

@@ -14,9 +14,6 @@ namespace zelkovanta::screens::theme {
 
 /// A member as a disc with initials. Sizes are in logical pixels.
 struct MemberAvatar {
-    static constexpr double textSizeOfDiameter = 0.36;  ///< bold, in `textPrimary`
-    static constexpr double ringWidth = 1.5;
-
     std::string name;
     std::optional<std::string> colorHex;
     double diameter = 0;

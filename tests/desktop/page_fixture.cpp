@@ -93,10 +93,14 @@ void Page::resize(int width, int height) {
     settle();
 }
 
-std::vector<Node> Page::nodes() const {
+std::vector<Node> nodesIn(QQuickWindow* window) {
     std::vector<Node> found;
     collect(QAccessible::queryAccessibleInterface(window), found);
     return found;
+}
+
+std::vector<Node> Page::nodes() const {
+    return nodesIn(window);
 }
 
 std::vector<Node> Page::nodes(QAccessible::Role role) const {

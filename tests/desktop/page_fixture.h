@@ -82,6 +82,9 @@ private:
     std::unique_ptr<QQmlApplicationEngine> engine_;
 };
 
+/// Everything visible in a window, in reading order.
+[[nodiscard]] std::vector<Node> nodesIn(QQuickWindow* window);
+
 /// A small practice with names and types as people have them.
 [[nodiscard]] records::StateSnapshot practice(const std::function<void(records::StateSnapshot&)>& adjust = [](auto&) {
 });

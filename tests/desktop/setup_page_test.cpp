@@ -47,20 +47,20 @@ TEST_P(SetupPage, theCodeStandsOnWhiteInWholePixels) {
     page.computer.answerWith("POST", "/pair/request", setupCode());
     const QImage picture = page.picture();
     const QRect code = page.node(QAccessible::Graphic, "Setup code").rect().translated(-page.window->position());
-    // 212 pixels hold a 4-pixel image enlarged 53 times.
+    // 180 pixels hold a 4-pixel image enlarged 45 times.
     const auto at = [&](int column, int row) {
-        return picture.pixelColor(code.topLeft() + QPoint{column * 53 + 26, row * 53 + 26});
+        return picture.pixelColor(code.topLeft() + QPoint{column * 45 + 22, row * 45 + 22});
     };
     EXPECT_EQ(at(0, 0), QColor(Qt::white));
     EXPECT_EQ(at(3, 3), QColor(Qt::white));
     EXPECT_EQ(at(1, 1), QColor(Qt::black));
     EXPECT_EQ(at(2, 2), QColor(Qt::black));
     EXPECT_EQ(at(2, 1), QColor(Qt::white));
-    const auto column = [&](int x) { return picture.pixelColor(code.topLeft() + QPoint{x, 80}); };
-    EXPECT_EQ(column(52), QColor(Qt::white)) << "the edge of a module is smeared";
-    EXPECT_EQ(column(53), QColor(Qt::black)) << "the edge of a module is smeared";
+    const auto column = [&](int x) { return picture.pixelColor(code.topLeft() + QPoint{x, 67}); };
+    EXPECT_EQ(column(44), QColor(Qt::white)) << "the edge of a module is smeared";
+    EXPECT_EQ(column(45), QColor(Qt::black)) << "the edge of a module is smeared";
     // White also around it, whatever the page is.
-    EXPECT_EQ(picture.pixelColor(code.topLeft() - QPoint{5, -100}), QColor(Qt::white));
+    EXPECT_EQ(picture.pixelColor(code.topLeft() - QPoint{5, -85}), QColor(Qt::white));
 }
 
 TEST_P(SetupPage, anImageThatIsNoneGivesWayToWordsThatHelp) {

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 Window {
@@ -8,14 +9,15 @@ Window {
 
     required property var samples
 
-    width: 1240
-    height: 1120
+    width: 1680
+    height: 1400
     color: Theme.page
     title: "ZelkoVanta: gallery"
 
     Flickable {
         anchors.fill: parent
-        contentHeight: Math.max(left.height, right.height) + 40
+        contentWidth: states.x + states.width + 20
+        contentHeight: Math.max(left.height, right.height, states.height) + 40
 
         Column {
             id: left
@@ -145,6 +147,31 @@ Window {
                     label: "Room"
                     choices: window.samples.choices
                 }
+                AppField {
+                    width: 260
+                    label: "Note"
+                    enabled: false
+                    opacity: 0.45
+                    text: "Disabled"
+                }
+                AppChoice {
+                    width: 260
+                    label: "Room"
+                    enabled: false
+                    choices: window.samples.choices
+                }
+                Item {
+                    width: 260
+                    height: 140
+
+                    AppChoice {
+                        width: parent.width
+                        label: "Open"
+                        choices: window.samples.choices
+                        popup.closePolicy: T.Popup.NoAutoClose
+                        Component.onCompleted: popup.open()
+                    }
+                }
             }
             GalleryPart {
                 width: parent.width
@@ -167,19 +194,12 @@ Window {
             }
             GalleryPart {
                 width: parent.width
-                title: "Codes, banners and empty lists"
-                QrCodeCard {
-                    side: 116
-                    spokenName: "Setup code"
-                    hasImage: true
-                    file: window.samples.code
-                    caption: "Scan with the app"
-                    refreshText: "Code refreshes in 0:42"
-                }
-                QrCodeCard {
-                    side: 116
-                    spokenName: "Setup code"
-                    hasImage: false
+                title: "Banners and empty lists"
+                ConnectionBanner {
+                    width: 180
+                    text: "Connecting…"
+                    spins: true
+                    inSight: true
                 }
                 ConnectionBanner {
                     width: 180
@@ -233,6 +253,14 @@ Window {
                     inSight: true
                 }
             }
+        }
+        GalleryStates {
+            id: states
+
+            x: 1240
+            y: 20
+            width: 420
+            samples: window.samples
         }
     }
 }

@@ -15,6 +15,7 @@ namespace zelkovanta::gallery {
 
 namespace {
 
+namespace theme = screens::theme;
 using screens::QueueRow;
 using screens::RowAction;
 
@@ -90,6 +91,33 @@ screens::QueueSection everyRow() {
     return section;
 }
 
+/// A practice whose people and types are as different as they may be.
+records::StateSnapshot everybody() {
+    return desktop_test::practice([](records::StateSnapshot& state) {
+        state.members[1].name = "Professor Dr. Maximiliane-Alexandra von Hohenstein-Wetterburg zu Oberlangenau";
+        state.members[1].status = "dnd";
+        state.members[1].color = "#7C5CD6";
+        state.members.push_back(support::makeMember("avishag", [](records::Member& made) {
+            made.name = "ד״ר אבישג בן־דוד־לוי";
+            made.department = "provider";
+            made.status = "busy";
+            made.color = "#12A594";
+        }));
+        state.signalTypes.push_back(support::makeType("long", 20, [](records::SignalType& made) {
+            made.label = "The patient has been prepared and is waiting for somebody to come";
+            made.color = "#FFFFFF";
+        }));
+        for (const char* const id : {"one", "two"}) {
+            state.signals.push_back(support::makeSignal(id, [](records::Signal& made) {
+                made.roomId = "room-3";
+                made.typeId = "ready";
+                made.providerId = "avishag";
+            }));
+        }
+        state.device = support::makeDeviceOfMember("dr-amari");
+    });
+}
+
 }  // namespace
 
 Samples::Samples(platform::simulated::SimulatedAppearance& appearance)
@@ -97,11 +125,29 @@ Samples::Samples(platform::simulated::SimulatedAppearance& appearance)
       strings_(desktop_test::textsIn("en")),
       rows_(clock_, strings_, [](const records::Signal&, RowAction) {}) {
     rows_.setSection(everyRow());
+    computer_.launchWith("member", everybody());
+    page_ = std::make_unique<screens::qml::PageModel>(computer_.store,
+                                                      screens::qml::PagePorts{.main = computer_.main.executor(),
+                                                                              .clock = computer_.clock,
+                                                                              .strings = strings_,
+                                                                              .defaults = computer_.defaults,
+                                                                              .notes = computer_.notes,
+                                                                              .crash = computer_.crash});
+    page_->openCompose();
     choices_.setChoices({{"a", "Room 1"}, {"b", "Room 2"}, {"c", "חדר טיפולים מספר אחת"}});
 }
 
+QVariantList Samples::dots() {
+    QVariantList dots;
+    for (const auto& color : {theme::fixed(theme::brandGreen), theme::fixed(theme::brandYellow),
+                              theme::fixed(theme::stone), theme::textTertiary}) {
+        dots.push_back(QVariant::fromValue(screens::qml::ShownColor{color}));
+    }
+    return dots;
+}
+
 QStringList Samples::symbols() const {
-    QStringList names;
+    QStringList names{QStringLiteral("brand_mark")};
     for (const QString& file : QDir(QStringLiteral(":/qt/qml/ZelkoVanta/Screens/symbols")).entryList()) {
         names.push_back(file.chopped(4));
     }

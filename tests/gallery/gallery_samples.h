@@ -4,11 +4,16 @@
 #include "platform/simulated/event_loop.h"
 #include "platform/simulated/simulated_appearance.h"
 #include "screens/qml/choice_model.h"
+#include "screens/qml/page_model.h"
 #include "screens/qml/queue_model.h"
+#include "tests/support/store_fixture.h"
+
+#include <memory>
 
 #include <QByteArray>
 #include <QObject>
 #include <QStringList>
+#include <QVariantList>
 
 namespace zelkovanta::gallery {
 
@@ -17,6 +22,10 @@ class Samples : public QObject {
     Q_OBJECT
     Q_PROPERTY(zelkovanta::screens::qml::QueueModel* rows READ rows CONSTANT)
     Q_PROPERTY(zelkovanta::screens::qml::ChoiceModel* choices READ choices CONSTANT)
+    /// The page of somebody with a form open.
+    Q_PROPERTY(zelkovanta::screens::qml::PageModel* page READ page CONSTANT)
+    /// The colours in which somebody's status is told.
+    Q_PROPERTY(QVariantList dots READ dots CONSTANT)
     Q_PROPERTY(QStringList symbols READ symbols CONSTANT)
     Q_PROPERTY(QByteArray code READ code CONSTANT)
 
@@ -25,6 +34,8 @@ public:
 
     [[nodiscard]] screens::qml::QueueModel* rows() { return &rows_; }
     [[nodiscard]] screens::qml::ChoiceModel* choices() { return &choices_; }
+    [[nodiscard]] screens::qml::PageModel* page() { return page_.get(); }
+    [[nodiscard]] static QVariantList dots();
     [[nodiscard]] QStringList symbols() const;
     [[nodiscard]] QByteArray code() const;
 
@@ -37,6 +48,8 @@ private:
     platform::linux_host::GettextStringTable strings_;
     screens::qml::QueueModel rows_;
     screens::qml::ChoiceModel choices_;
+    support::Computer computer_;
+    std::unique_ptr<screens::qml::PageModel> page_;
 };
 
 }  // namespace zelkovanta::gallery

@@ -1,0 +1,59 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import ZelkoVanta.Screens
+
+/// A text whose digits are all as wide as the widest of them, so that nothing moves while it counts.
+Item {
+    id: digits
+
+    required property string text
+    property color color: Theme.primary
+    property alias font: metrics.font
+
+    readonly property var pieces: text.match(/[0-9]|[^0-9]+/g) ?? []
+    readonly property real cell: widestIn(metrics.font)
+
+    // Both name the font so that they follow it.
+    function widestIn(font: font): real {
+        let widest = 0;
+        for (const digit of "0123456789") {
+            widest = Math.max(widest, metrics.advanceWidth(digit));
+        }
+        return widest;
+    }
+    function widthOf(piece: string, font: font): real {
+        return /^[0-9]$/.test(piece) ? digits.cell : metrics.advanceWidth(piece);
+    }
+
+    implicitWidth: Math.ceil(line.implicitWidth)
+    implicitHeight: line.implicitHeight
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+
+    FontMetrics {
+        id: metrics
+        font.pixelSize: Theme.textSize
+    }
+    Row {
+        id: line
+
+        Repeater {
+            // Their number: a text that only counts on keeps its pieces.
+            model: digits.pieces.length
+
+            Text {
+                required property int index
+
+                width: digits.widthOf(text, metrics.font)
+                text: digits.pieces[index] ?? ""
+                textFormat: Text.PlainText
+                color: digits.color
+                font: metrics.font
+                horizontalAlignment: Text.AlignHCenter
+                Accessible.ignored: true
+            }
+        }
+    }
+}

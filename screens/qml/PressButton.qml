@@ -1,0 +1,28 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// What every button shares: it is pressed with the mouse, the keyboard or a screen reader. What it looks like is up to
+/// whoever stands on it.
+T.Button {
+    id: control
+
+    required property string spokenName
+
+    /// Return together with another key is meant for whoever is around the button.
+    function takeReturn(event) {
+        event.accepted = (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier)) === 0;
+        if (event.accepted) {
+            control.clicked();
+        }
+    }
+
+    focusPolicy: Qt.StrongFocus
+
+    Accessible.role: Accessible.Button
+    Accessible.name: spokenName
+    Accessible.onPressAction: if (enabled)
+        clicked()
+
+    Keys.onReturnPressed: event => takeReturn(event)
+    Keys.onEnterPressed: event => takeReturn(event)
+}

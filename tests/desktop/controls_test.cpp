@@ -1,0 +1,133 @@
+#include "screens/qml/shown_row.h"
+#include "tests/desktop/piece_fixture.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+/// What every control does for the keyboard and for a screen reader, looked at in what it sets off.
+namespace zelkovanta::desktop_test {
+namespace {
+
+struct Control {
+    const char* name;
+    const char* qml;  ///< the control is called "control" and counts its presses in the window
+    QAccessible::Role role;
+};
+
+void PrintTo(const Control& control, std::ostream* out) {
+    *out << control.name;
+}
+
+constexpr Control buttons[] = {
+    {"AppButton", R"(AppButton { objectName: "control"; text: "Send"; x: 20; y: 20; onClicked: ++window.presses })",
+     QAccessible::Button},
+    {"IconButton",
+     R"(IconButton { objectName: "control"; spokenName: "More"; symbol: "plus"; x: 20; y: 20; onClicked: ++window.presses })",
+     QAccessible::Button},
+    {"DesktopBackButton", R"(DesktopBackButton { objectName: "control"; x: 20; y: 20; onClicked: ++window.presses })",
+     QAccessible::Button},
+    {"ComposeFab", R"(ComposeFab { objectName: "control"; x: 20; y: 20; onClicked: ++window.presses })",
+     QAccessible::Button},
+    {"RowButton", R"(RowButton { objectName: "control"; spec: rowButton; x: 20; y: 20; onClicked: ++window.presses })",
+     QAccessible::Button},
+    {"QueueTabButton",
+     R"(QueueTabButton { objectName: "control"; tab: queueTab; width: 120; x: 20; y: 20; onClicked: ++window.presses })",
+     QAccessible::Button},
+};
+
+constexpr Control entries[] = {
+    {"PickRow", R"(PickRow { objectName: "control"; spokenName: "June"; width: 120; x: 20; y: 20
+                             contentItem: Item {} onPicked: ++window.presses })",
+     QAccessible::CheckBox},
+    {"TypeChoice", R"(TypeChoice { objectName: "control"; label: "Urgent"; tint: "#E21833"; chosen: false; widest: 200
+                                   x: 20; y: 20; onPicked: ++window.presses })",
+     QAccessible::RadioButton},
+};
+
+Piece::Names needed() {
+    screens::qml::ShownButton button;
+    button.shown = true;
+    button.text = QStringLiteral("Done");
+    button.name = QStringLiteral("Done");
+    screens::qml::ShownTab tab;
+    tab.title = QStringLiteral("Received");
+    tab.badge = QStringLiteral("3");
+    return {{"rowButton", QVariant::fromValue(button)}, {"queueTab", QVariant::fromValue(tab)}};
+}
+
+class EveryControl : public testing::TestWithParam<Control> {
+protected:
+    Piece piece{GetParam().qml, Appearance::light, {300, 200}, needed()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Buttons, EveryControl, testing::ValuesIn(buttons));
+INSTANTIATE_TEST_SUITE_P(Entries, EveryControl, testing::ValuesIn(entries));
+
+TEST_P(EveryControl, isPressedWithSpaceReturnAndEnter) {
+    piece.focus("control");
+    piece.key(Qt::Key_Space);
+    EXPECT_EQ(piece.presses(), 1);
+    piece.key(Qt::Key_Return);
+    EXPECT_EQ(piece.presses(), 2);
+    piece.key(Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(piece.presses(), 3);
+    EXPECT_EQ(piece.heard(), 0) << "what pressed something is not heard around it";
+}
+
+TEST_P(EveryControl, leavesReturnWithAnotherKeyToWhoeverIsAround) {
+    piece.focus("control");
+    int heard = 0;
+    for (const auto with : {Qt::ControlModifier, Qt::AltModifier, Qt::MetaModifier}) {
+        piece.key(Qt::Key_Return, with);
+        piece.key(Qt::Key_Enter, with | Qt::KeypadModifier);
+        heard += 2;
+        EXPECT_EQ(piece.heard(), heard);
+    }
+    EXPECT_EQ(piece.presses(), 0);
+}
+
+TEST_P(EveryControl, isPressedByAScreenReader) {
+    piece.act(piece.node(GetParam().role), QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(piece.presses(), 1);
+}
+
+TEST_P(EveryControl, showsThatTheKeyboardIsThere) {
+    const QColor ring = piece.theme().property("focusRing").value<QColor>();
+    piece.focus("control", Qt::MouseFocusReason);
+    EXPECT_EQ(pixelsOf(piece.picture(), ring), 0) << "a click shows where it is by itself";
+    piece.focus("around");
+    piece.focus("control", Qt::TabFocusReason);
+    const QImage picture = piece.picture();
+    EXPECT_GT(pixelsOf(picture, ring), 40);
+    const QQuickItem* const control = piece.item("control");
+    EXPECT_EQ(pixelAt(picture, control->x() + control->width() / 2, control->y() - 2), ring)
+        << "it stands around the control";
+}
+
+class EveryEntry : public EveryControl {};
+
+INSTANTIATE_TEST_SUITE_P(Entries, EveryEntry, testing::ValuesIn(entries));
+
+TEST_P(EveryEntry, isToggledByAScreenReader) {
+    piece.act(piece.node(GetParam().role), QAccessibleActionInterface::toggleAction());
+    EXPECT_EQ(piece.presses(), 1);
+}
+
+TEST(DisabledButton, cannotBePressedByAScreenReaderEither) {
+    Piece piece(R"(AppButton { text: "Send"; enabled: false; onClicked: ++window.presses })");
+    piece.act(piece.node(QAccessible::Button), QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(piece.presses(), 0);
+}
+
+TEST(Field, isOutlinedWhileItHasTheKeyboard) {
+    Piece piece(R"(AppField { objectName: "field"; label: "Note"; x: 20; y: 20; width: 160 })");
+    const QColor ring = piece.theme().property("focusRing").value<QColor>();
+    EXPECT_EQ(pixelsOf(piece.picture(), ring), 0);
+    piece.focus("field");
+    EXPECT_GT(pixelsOf(piece.picture(), ring), 40);
+    EXPECT_EQ(piece.node(QAccessible::EditableText).name, "Note");
+}
+
+}  // namespace
+}  // namespace zelkovanta::desktop_test
