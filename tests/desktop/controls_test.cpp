@@ -1,6 +1,7 @@
 #include "screens/qml/shown_row.h"
 #include "tests/desktop/piece_fixture.h"
 
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -15,8 +16,8 @@ struct Control {
     QAccessible::Role role;
 };
 
-void PrintTo(const Control& control, std::ostream* out) {
-    *out << control.name;
+std::ostream& operator<<(std::ostream& out, const Control& control) {
+    return out << control.name;
 }
 
 constexpr Control buttons[] = {
