@@ -69,6 +69,13 @@ void ComposeView::disappear() {
     ports_.crash.setScreen(state().isPaired ? "queue" : "pairing");
 }
 
+void ComposeView::setPlace(ComposePlace place) {
+    if (place != place_) {
+        place_ = std::move(place);
+        tellChange();
+    }
+}
+
 store::SignalTypeList ComposeView::availableTypes() const {
     auto types = store::activeSignalTypes(state());
     if (const records::Member* me = store::activeMember(state())) {
@@ -119,7 +126,7 @@ void ComposeView::loadDefaults() {
         const auto lastUsed = ports_.defaults.text(store::settings_key::lastUsedRoomId);
         const auto rooms = store::activeRooms(state());
         if (lastUsed && std::ranges::find(rooms, *lastUsed, &records::Room::id) != rooms.end()) {
-            choice_.selectedRoomId = lastUsed;
+            selectRoom(lastUsed);
         }
     }
     const auto typeId = ports_.defaults.text(defaultKey(compose_default::lastSendTypeId, typeSuffix));
@@ -168,8 +175,14 @@ void ComposeView::tellChange() const {
     }
 }
 
-void ComposeView::chooseRoom(std::optional<std::string> roomId) {
+void ComposeView::selectRoom(std::optional<std::string> roomId) {
+    const records::Room* room = roomId ? store::roomById(state(), *roomId) : nullptr;
+    selectedRoomName_ = room ? room->name : "";
     choice_.selectedRoomId = std::move(roomId);
+}
+
+void ComposeView::chooseRoom(std::optional<std::string> roomId) {
+    selectRoom(std::move(roomId));
     tellChange();
 }
 
@@ -215,7 +228,8 @@ void ComposeView::send() {
     if (!canSend()) {
         return;
     }
-    // Who sends is who presses, even if somebody else has signed in by the time it is through.
+    // The keys name who sends, and that is who presses: were they taken at the end, somebody who has signed in
+    // meanwhile would find another person's choice as their own.
     Sending sending{.typeId = selectedType()->id,
                     .roomId = *room(),
                     .note = choice_.note,

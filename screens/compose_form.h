@@ -70,7 +70,7 @@ struct ComposeScreen {
     std::string fixedRoom;  ///< the name of a room that cannot be changed; empty while it is not known
     std::vector<ComposeRoom> rooms;
     std::optional<std::string> selectedRoomId;
-    std::string roomPrompt;  ///< while no room is selected
+    std::string roomPrompt;  ///< while none of `rooms` is selected; a selected room that is no longer offered is named
     std::string roomHint;    ///< may be empty
     std::string typeTitle;
     std::vector<ComposeType> types;
@@ -108,6 +108,9 @@ public:
 
     void appear();
     void disappear();
+
+    /// Where the form stands has changed; what was chosen and typed stays.
+    void setPlace(ComposePlace place);
 
     [[nodiscard]] const ComposeChoice& choice() const { return choice_; }
     [[nodiscard]] ComposeScreen screen() const;
@@ -156,6 +159,8 @@ private:
 
     [[nodiscard]] const store::StoreState& state() const { return store_->state(); }
     [[nodiscard]] std::optional<std::string> room() const;
+    [[nodiscard]] std::string roomPrompt() const;
+    void selectRoom(std::optional<std::string> roomId);
     [[nodiscard]] std::optional<std::string> typeTarget() const;
     [[nodiscard]] std::string defaultKey(std::string_view plain, std::string_view suffix) const;
     void loadDefaults();
@@ -168,10 +173,11 @@ private:
 
     const std::shared_ptr<store::AppStore> store_;
     const ComposePorts ports_;
-    const ComposePlace place_;
+    ComposePlace place_;
     const std::function<void()> onClose_;
     std::function<void()> onChange_;
     ComposeChoice choice_;
+    std::string selectedRoomName_;  ///< as it was when the room was selected
     bool isShown_ = false;
     bool isClosed_ = false;   ///< `onClose` was called
     bool isSending_ = false;  ///< from the press on, while the store has not begun yet

@@ -2,7 +2,22 @@
 #include "screens/theme/office_color.h"
 #include "screens/vocabulary/vocabulary.h"
 
+#include <algorithm>
+
 namespace zelkovanta::screens {
+
+std::string ComposeView::roomPrompt() const {
+    std::string prompt = ports_.strings.localized("Choose a room…");
+    const auto& selected = choice_.selectedRoomId;
+    const auto offered = store::activeRooms(state());
+    if (!selected || std::ranges::find(offered, *selected, &records::Room::id) != offered.end()) {
+        return prompt;
+    }
+    // The signal still goes there, so the form still says so.
+    const records::Room* room = store::roomById(state(), *selected);
+    const std::string& name = room ? room->name : selectedRoomName_;
+    return name.empty() ? prompt : name;
+}
 
 ComposeScreen ComposeView::screen() const {
     const platform::StringTable& strings = ports_.strings;
@@ -22,7 +37,7 @@ ComposeScreen ComposeView::screen() const {
                                 : room->name});
         }
         screen.selectedRoomId = choice_.selectedRoomId;
-        screen.roomPrompt = strings.localized("Choose a room…");
+        screen.roomPrompt = roomPrompt();
         const records::Room* home = place_.homeRoomId ? store::roomById(state(), *place_.homeRoomId) : nullptr;
         if (home) {
             screen.roomHint = vocabulary::roomText(vocabulary::RoomText::hintSignedIn, home->name, strings);

@@ -94,7 +94,7 @@ private:
         return std::ranges::all_of(members, [this](const auto* member) { return selected_.contains(member->id); });
     }
 
-    static constexpr double avatarDiameter = 24;
+    static constexpr double avatarDiameter = 26;
 
     const StoreState& state_;
     const WhoSelection& selection_;

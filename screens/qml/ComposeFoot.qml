@@ -79,6 +79,7 @@ Rectangle {
                 onClicked: foot.compose.cancel()
             }
             AppButton {
+                id: send
                 x: cancel.width + 8
                 width: parent.width - x
                 height: parent.height
@@ -87,6 +88,15 @@ Rectangle {
                 enabled: foot.compose.canSend
                 text: foot.compose.sendLabel
                 onClicked: foot.compose.send()
+            }
+            Spinner {
+                anchors.right: send.right
+                anchors.rightMargin: 14
+                anchors.verticalCenter: send.verticalCenter
+                visible: foot.compose.sending
+                tint: Theme.ink
+                Accessible.role: Accessible.Indicator
+                Accessible.name: qsTr("Sending…")
             }
         }
     }

@@ -14,14 +14,14 @@ FocusScope {
     Accessible.name: compose.title
 
     Keys.onEscapePressed: compose.cancel()
-    Keys.onPressed: event => {
-        const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
-        if (isReturn && (event.modifiers & Qt.ControlModifier)) {
-            event.accepted = true;
-            form.compose.send();
-        }
-    }
     Component.onCompleted: back.forceActiveFocus(Qt.OtherFocusReason)
+
+    // A shortcut, since Return alone is a press on whatever has the keyboard.
+    Shortcut {
+        sequences: ["Ctrl+Return", "Ctrl+Enter"]
+        enabled: !picker.choosesRoom
+        onActivated: form.compose.send()
+    }
 
     Rectangle {
         anchors.fill: parent

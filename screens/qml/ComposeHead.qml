@@ -9,6 +9,9 @@ Item {
 
     required property ComposeModel compose
 
+    /// The list of rooms is open.
+    readonly property bool choosesRoom: room.popup.visible
+
     /// The keyboard is between these two heights.
     signal entered(real top, real bottom)
 

@@ -13,6 +13,7 @@ ListView {
 
     /// Somebody has scrolled; until then the beginning is in sight.
     property bool moved: false
+    readonly property bool choosesRoom: head.choosesRoom
 
     function step(by: int) {
         list.moved = true;
@@ -23,6 +24,12 @@ ListView {
             list.itemAtIndex(to)?.forceActiveFocus(Qt.TabFocusReason);
             list.currentIndex = to;
         }
+    }
+
+    /// The row with the keyboard is gone: whoever stands there now has it.
+    function keepKeyboard() {
+        const next = list.currentItem ?? list.nextItemInFocusChain(true);
+        next.forceActiveFocus(Qt.TabFocusReason);
     }
 
     clip: true
@@ -69,19 +76,31 @@ ListView {
 
         x: Theme.margin
         width: list.width - 2 * Theme.margin
-        activeFocusOnTab: ListView.isCurrentItem
+        // Where the keyboard is can be left and come back to, even while the list is told of other rows.
+        activeFocusOnTab: ListView.isCurrentItem || activeFocus
 
         onYChanged: order.schedule()
         onPicked: {
             list.currentIndex = entry.index;
             list.compose.pressWho(entry.index);
         }
-        onActiveFocusChanged: if (activeFocus)
-            list.positionViewAtIndex(entry.index, ListView.Contain)
+        onActiveFocusChanged: if (activeFocus) {
+            list.currentIndex = entry.index;
+            list.positionViewAtIndex(entry.index, ListView.Contain);
+        }
         Keys.onUpPressed: list.step(-1)
         Keys.onDownPressed: list.step(1)
     }
 
+    Connections {
+        target: list.compose.who
+        function onRowsAboutToBeRemoved(parent: var, first: int, last: int) {
+            const hasKeyboard = list.currentItem?.activeFocus ?? false;
+            if (hasKeyboard && first <= list.currentIndex && list.currentIndex <= last) {
+                Qt.callLater(list.keepKeyboard);
+            }
+        }
+    }
     ReadingOrder {
         id: order
         of: list.contentItem

@@ -11,6 +11,8 @@ PickRow {
     required property shownColor tint
     required property string initials
     required property color disc
+    required property real diameter
+    required property shownColor ring
     required property string queue
     required property string doNotDisturb
 
@@ -34,10 +36,10 @@ PickRow {
         MemberAvatar {
             anchors.verticalCenter: parent.verticalCenter
             visible: row.symbol === ""
-            diameter: 26
+            diameter: row.diameter
             initials: row.initials
             disc: row.disc
-            ringColor: Theme.hairline
+            ringColor: Theme.dark ? row.ring.dark : row.ring.light
         }
         Words {
             id: name

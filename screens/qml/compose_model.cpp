@@ -16,8 +16,13 @@ ComposeModel::ComposeModel(std::shared_ptr<store::AppStore> store, const Compose
 }
 
 ComposeModel::~ComposeModel() {
+    leave();
+}
+
+void ComposeModel::leave() {
     // A sending may keep the form for a while yet.
     view_->setChangeHandler([] {});
+    observation_.reset();
     view_->disappear();
 }
 

@@ -46,6 +46,11 @@ public:
     ComposeModel(std::shared_ptr<store::AppStore> store, const ComposePorts& ports, const ComposePlace& place);
     ~ComposeModel() override;
 
+    /// What was chosen and typed stays.
+    void setPlace(const ComposePlace& place) { view_->setPlace(place); }
+    /// The form is over at once, while its fields can still be read. Its end does the same.
+    void leave();
+
     [[nodiscard]] QString title() const { return shown(screen_.title); }
     [[nodiscard]] QString roomTitle() const { return shown(screen_.roomTitle); }
     [[nodiscard]] bool choosesRoom() const { return screen_.choosesRoom; }

@@ -18,11 +18,8 @@ PageModel::PageModel(std::shared_ptr<store::AppStore> store, const PagePorts& po
 
 void PageModel::refresh() {
     PlainPage page = plainPage(store_->state(), ports_.strings, store_->lastUsedFlexibleRoom());
-    if (compose_ != nullptr && !page.canSend) {
-        closeCompose();
-    } else if (compose_ != nullptr && formPlace(store_->state()) != composePlace_) {
-        closeCompose();
-        openCompose();
+    if (compose_ != nullptr) {
+        followForm(page.canSend);
     }
     if (page == page_) {
         return;
@@ -40,6 +37,21 @@ void PageModel::refresh() {
     }
     rooms_.setChoices(page_.rooms);
     Q_EMIT pageChanged();
+}
+
+void PageModel::followForm(bool canSend) {
+    if (!canSend) {
+        closeCompose();
+        return;
+    }
+    PlainFormPlace place = formPlace(store_->state());
+    if (place.key != composePlace_.key) {
+        closeCompose();
+        openCompose();
+    } else if (place != composePlace_) {
+        composePlace_ = std::move(place);
+        compose_->setPlace(composePlace_.place);
+    }
 }
 
 QByteArray PageModel::setupImage() const {
@@ -63,8 +75,11 @@ void PageModel::openCompose() {
 }
 
 void PageModel::closeCompose() {
+    ComposeModel* const gone = std::exchange(compose_, nullptr);
+    // Before another one reports that it is there.
+    gone->leave();
     // It may be what is calling.
-    std::exchange(compose_, nullptr)->deleteLater();
+    gone->deleteLater();
     Q_EMIT composeChanged();
 }
 

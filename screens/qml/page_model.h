@@ -126,6 +126,8 @@ Q_SIGNALS:
 private:
     static QString shown(const std::string& text) { return QString::fromStdString(text); }
     void refresh();
+    /// The open form keeps to whoever and wherever it was opened for.
+    void followForm(bool canSend);
     void closeCompose();
     void setPairingForm(PairingForm form);
 

@@ -56,6 +56,10 @@ public:
                 const auto disc = row.avatar.disc();
                 return disc ? toColor(*disc) : QColor{Qt::transparent};
             }
+            case WhoModel::diameter:
+                return row.avatar.diameter;
+            case WhoModel::ring:
+                return QVariant::fromValue(ShownColor{row.avatar.ringColor});
             case WhoModel::queue:
                 return shown(row.queue);
             case WhoModel::doNotDisturb:
@@ -84,7 +88,21 @@ private:
     }
 
     [[nodiscard]] QVariant nothing() const {
-        return role_ == WhoModel::disc ? QVariant{QColor{Qt::transparent}} : QVariant{QString{}};
+        switch (role_) {
+            case WhoModel::disc:
+                return QColor{Qt::transparent};
+            case WhoModel::diameter:
+                return 0.0;
+            case WhoModel::ring:
+                return QVariant::fromValue(ShownColor{});
+            case WhoModel::symbol:
+            case WhoModel::initials:
+            case WhoModel::queue:
+            case WhoModel::doNotDisturb:
+                return QString{};
+            default:
+                return {};
+        }
     }
 
     int role_;
@@ -135,15 +153,10 @@ QVariant WhoModel::valueOf(const WhoEntry& entry, int role) const {
 }
 
 QHash<int, QByteArray> WhoModel::roleNames() const {
-    return {{spokenName, "spokenName"},
-            {label, "label"},
-            {symbol, "symbol"},
-            {chosen, "chosen"},
-            {tint, "tint"},
-            {initials, "initials"},
-            {disc, "disc"},
-            {queue, "queue"},
-            {doNotDisturb, "doNotDisturb"}};
+    return {
+        {spokenName, "spokenName"},    {label, "label"}, {symbol, "symbol"},     {chosen, "chosen"}, {tint, "tint"},
+        {initials, "initials"},        {disc, "disc"},   {diameter, "diameter"}, {ring, "ring"},     {queue, "queue"},
+        {doNotDisturb, "doNotDisturb"}};
 }
 
 }  // namespace zelkovanta::screens::qml

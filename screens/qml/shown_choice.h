@@ -44,7 +44,19 @@ class WhoModel : public KeyedRows<WhoEntry> {
     QML_UNCREATABLE("Belongs to a form.")
 
 public:
-    enum Role : int { spokenName = Qt::UserRole, label, symbol, chosen, tint, initials, disc, queue, doNotDisturb };
+    enum Role : int {
+        spokenName = Qt::UserRole,
+        label,
+        symbol,
+        chosen,
+        tint,
+        initials,
+        disc,
+        diameter,
+        ring,
+        queue,
+        doNotDisturb
+    };
 
     using KeyedRows::KeyedRows;
     void setRows(std::vector<WhoRow> rows);

@@ -1,48 +1,16 @@
-#include "tests/desktop/page_fixture.h"
+#include "tests/desktop/compose_page.h"
+
+#include <optional>
 
 #include <QtTest/QTest>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-/// The form, from the button that opens it to its end, with the mouse, the keyboard and a screen reader.
 namespace zelkovanta::desktop_test {
 namespace {
 
-constexpr auto openingButton = "Send a request";
-constexpr auto sendButton = "Send signal";
-
-class ComposePage : public testing::Test {
-protected:
-    void openRoom(const std::function<void(records::StateSnapshot&)>& adjust = [](auto&) {}) {
-        page.computer.launchWith("room", practice(adjust));
-        page.open();
-        page.press(openingButton);
-    }
-    void openProvider() {
-        page.computer.launchWith("member", practice([](records::StateSnapshot& snapshot) {
-                                     snapshot.device = support::makeDeviceOfMember("dr-amari");
-                                 }));
-        page.open();
-        page.press(openingButton);
-    }
-    [[nodiscard]] std::string sent() const {
-        auto* request = page.computer.openRequest("POST", "/signals");
-        return request != nullptr ? request->request.body.value_or("") : "no request";
-    }
-    [[nodiscard]] bool isOpen() const { return page.shows(QAccessible::EditableText, "Note"); }
-    [[nodiscard]] std::string note() const {
-        return page.node(QAccessible::EditableText, "Note").interface->text(QAccessible::Value).toStdString();
-    }
-    [[nodiscard]] bool isChecked(QAccessible::Role role, const std::string& name) const {
-        return page.node(role, name).state().checked;
-    }
-    void pick(const std::string& name) { page.click(page.node(QAccessible::CheckBox, name)); }
-    void writeNote(const std::string& text) {
-        page.click(page.node(QAccessible::EditableText, "Note"));
-        page.type(text);
-    }
-
-    Page page;
-};
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
 TEST_F(ComposePage, aSignalIsMadeWithTheMouse) {
     openRoom();
@@ -83,15 +51,6 @@ TEST_F(ComposePage, aSignalIsMadeWithTheKeyboardAlone) {
     QTest::keyClick(page.window, Qt::Key_N, Qt::ControlModifier);
     page.settle();
     ASSERT_TRUE(isOpen());
-    const auto tabTo = [&](QAccessible::Role role, const std::string& name) {
-        for (int presses = 0; presses < 30; ++presses) {
-            if (page.node(role, name).state().focused) {
-                return true;
-            }
-            page.key(Qt::Key_Tab);
-        }
-        return false;
-    };
     ASSERT_TRUE(tabTo(QAccessible::RadioButton, "Urgent"));
     page.key(Qt::Key_Space);
     EXPECT_TRUE(isChecked(QAccessible::RadioButton, "Urgent"));
@@ -215,21 +174,100 @@ TEST_F(ComposePage, somebodyWhoLeavesTheShiftIsDroppedWhileTheFormIsOpen) {
     EXPECT_FALSE(page.shows(QAccessible::CheckBox, "Dr. Henrik Voss"));
     EXPECT_TRUE(page.says("Pick who should get it."));
     EXPECT_EQ(note(), "Seated");
-    EXPECT_FALSE(page.node(QAccessible::Button, sendButton).isEnabled());
+    EXPECT_FALSE(maySend());
 }
 
 TEST_F(ComposePage, anotherPersonGetsAnotherForm) {
     openRoom();
     writeNote("Not for others");
-    page.computer.deliverSessionStarted(practice([](records::StateSnapshot& snapshot) {
-                                            snapshot.device = support::makeDeviceOfRoom("room-3");
-                                            snapshot.device.signedInMemberId = "dr-amari";
-                                        }).device,
-                                        practice().members[0]);
-    page.settle();
+    signInAt("room-3");
     EXPECT_TRUE(isOpen());
     EXPECT_EQ(note(), "");
     EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room")) << "somebody signed in chooses the room";
+}
+
+TEST_F(ComposePage, aFormIsOverBeforeTheNextOneReportsItself) {
+    openRoom();
+    writeNote("Not for others");
+    takeReports();
+    signInAt("room-3");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    page.settle();
+    EXPECT_THAT(takeReports(),
+                ElementsAre("notes.retire compose-note", "crash.setScreen queue", "notes.history compose-note []",
+                            "notes.set compose-note []", "crash.setScreen send"));
+}
+
+TEST_F(ComposePage, whereTheSamePersonIsNowKeepsWhatWasTyped) {
+    openSignedIn();
+    writeNote("Seated");
+    EXPECT_TRUE(page.says("This computer belongs to Room 3."));
+    takeReports();
+    signInAt("room-1");
+    EXPECT_TRUE(page.says("This computer belongs to Room 1."));
+    EXPECT_EQ(note(), "Seated");
+    EXPECT_THAT(takeReports(), IsEmpty());
+}
+
+TEST_F(ComposePage, aRoomsComputerNamesItsOwnRoomToWhoeverIsSignedIn) {
+    openSignedIn();
+    EXPECT_TRUE(page.says("This computer belongs to Room 3. While signed in, you can send from another room too."));
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room: Choose a room…"));
+    EXPECT_FALSE(maySend());
+    page.choose("Room", "Room 3 (this computer's room)");
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room: Room 3 (this computer's room)"));
+    page.press(sendButton);
+    EXPECT_THAT(sent(), HasSubstr(R"("roomId":"room-3")"));
+}
+
+TEST_F(ComposePage, aChosenRoomThatIsClosedMeanwhileIsStillNamed) {
+    openProvider();
+    page.choose("Room", "Room 1");
+    auto rooms = practice().rooms;
+    rooms[0].active = false;
+    page.computer.deliverRecord("rooms.updated", server::server_message::RoomsUpdated{rooms});
+    page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room: Room 1"));
+    EXPECT_TRUE(maySend());
+    rooms.erase(rooms.begin());
+    page.computer.deliverRecord("rooms.updated", server::server_message::RoomsUpdated{rooms});
+    page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Room: Room 1"));
+    page.press(sendButton);
+    EXPECT_THAT(sent(), HasSubstr(R"("roomId":"room-1")"));
+}
+
+TEST_F(ComposePage, aSharedWorkstationSendsForTheRoomThatWasConfirmed) {
+    page.computer.defaults.memory.setNumber("stationSignInBootTime", page.computer.hostInfo.bootTime());
+    page.computer.defaults.memory.setText("stationSignInAuditSessionId", page.computer.hostInfo.auditSessionId());
+    page.computer.launchWith("shared", practice([](records::StateSnapshot& snapshot) {
+                                 snapshot.device = support::makeDeviceWithSignIn("dr-amari");
+                             }));
+    page.computer.store->confirmFlexibleRoom("room-1");
+    page.open();
+    page.press(openingButton);
+    EXPECT_TRUE(page.says("Room 1"));
+    EXPECT_FALSE(page.shows(QAccessible::ComboBox, "Room"));
+    page.press(sendButton);
+    EXPECT_EQ(sent(), R"({"roomId":"room-1","providerId":"dr-voss","typeId":"ready","note":""})");
+    page.computer.answerWith("POST", "/signals", support::makeSignal("call-9"));
+    page.settle();
+    EXPECT_FALSE(isOpen());
+    const auto& remembered = page.computer.defaults.memory;
+    EXPECT_EQ(remembered.text("roomSendDefaults.member.dr-amari.typeId"), "ready");
+    EXPECT_EQ(remembered.text("roomSendDefaults.member.dr-amari.recipient"), "ids:dr-voss");
+    EXPECT_EQ(remembered.text("lastSendTypeId"), std::nullopt);
+    EXPECT_EQ(remembered.text("lastSendRecipient"), std::nullopt);
+}
+
+TEST_F(ComposePage, aSendingIsSeenAndSaidWhileItLasts) {
+    openRoom();
+    EXPECT_FALSE(page.shows(QAccessible::Indicator, "Sending…"));
+    page.press(sendButton);
+    EXPECT_TRUE(page.shows(QAccessible::Indicator, "Sending…"));
+    page.computer.answer("POST", "/signals", 500, "{}");
+    page.settle();
+    EXPECT_FALSE(page.shows(QAccessible::Indicator, "Sending…"));
 }
 
 TEST_F(ComposePage, aThousandPeopleMakeOnlyTheRowsThatAreSeen) {

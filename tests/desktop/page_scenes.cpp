@@ -2,10 +2,13 @@
 
 #include "records/base64.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
 #include <QBuffer>
+#include <QtTest/QTest>
 
 namespace zelkovanta::desktop_test {
 
@@ -145,24 +148,26 @@ void setupFailing(Page& page) {
 }  // namespace
 
 std::vector<Scene> scenes() {
-    return {{"person", person, 420, 680},
-            {"crowd", crowd, 420, 680},
-            {"person-empty", personEmpty, 420, 680},
-            {"person-wide", person, 1000, 640},
-            {"person-narrow", person, 360, 600},
-            {"form", person, 420, 680},
-            {"form-narrow", longNames, 360, 600},
-            {"form-wide", person, 1000, 640},
-            {"room", room, 420, 680},
-            {"room-offline", emptyRoomOffline, 420, 680},
-            {"room-error", error, 360, 600},
-            {"station", station, 420, 680},
-            {"sign-in", signIn, 420, 680},
-            {"sign-in-narrow", signIn, 320, 480},
-            {"long", longNames, 360, 600},
-            {"long-wide", longNames, 1000, 600},
-            {"setup", setup, 420, 680},
-            {"setup-failing", setupFailing, 360, 600}};
+    std::vector<Scene> all{{"person", person, 420, 680},
+                           {"crowd", crowd, 420, 680},
+                           {"person-empty", personEmpty, 420, 680},
+                           {"person-wide", person, 1000, 640},
+                           {"person-narrow", person, 360, 600},
+                           {"form", person, 420, 680},
+                           {"form-narrow", longNames, 360, 600},
+                           {"form-wide", person, 1000, 640},
+                           {"room", room, 420, 680},
+                           {"room-offline", emptyRoomOffline, 420, 680},
+                           {"room-error", error, 360, 600},
+                           {"station", station, 420, 680},
+                           {"sign-in", signIn, 420, 680},
+                           {"sign-in-narrow", signIn, 320, 480},
+                           {"long", longNames, 360, 600},
+                           {"long-wide", longNames, 1000, 600},
+                           {"setup", setup, 420, 680},
+                           {"setup-failing", setupFailing, 360, 600}};
+    std::ranges::move(formScenes(), std::back_inserter(all));
+    return all;
 }
 
 QImage draw(const Scene& scene, Appearance appearance, const std::string& language) {
@@ -178,6 +183,9 @@ QImage draw(const Scene& scene, Appearance appearance, const std::string& langua
         page.computer.answerWith("POST", "/devices/me/signin-qr", code());
         page.settle();
     }
+    scene.act(page);
+    // Nothing is pointed at.
+    QTest::mouseMove(page.window, QPoint{0, 0});
     return page.picture();
 }
 

@@ -16,9 +16,13 @@ struct Scene {
     std::function<void(Page&)> fill;
     int width;
     int height;
+    /// What the person does then; in a form, once it is open.
+    std::function<void(Page&)> act = [](Page&) {};
 };
 
 [[nodiscard]] std::vector<Scene> scenes();
+/// Those of them in which a form is filled in.
+[[nodiscard]] std::vector<Scene> formScenes();
 
 /// The page in that state, as it is drawn.
 [[nodiscard]] QImage draw(const Scene& scene, Appearance appearance, const std::string& language);

@@ -60,6 +60,19 @@ struct ComposeTest : testing::Test, support::Computer {
         launchWith("member", snapshot);
     }
 
+    /// A shared workstation where somebody has signed in and said that they are in room 1.
+    void launchStationWith(const std::string& memberId) {
+        records::StateSnapshot snapshot = officeSnapshot();
+        snapshot.device = support::makeDeviceWithSignIn(memberId);
+        // The sign-in is of this run of the computer, and not an old one.
+        defaults.memory.setNumber("stationSignInBootTime", hostInfo.bootTime());
+        defaults.memory.setText("stationSignInAuditSessionId", hostInfo.auditSessionId());
+        launchWith("shared", snapshot);
+        store->confirmFlexibleRoom("room-1");
+        settle();
+        journal.take();
+    }
+
     /// A form that was not shown yet.
     void make(ComposePlace place) {
         form = ComposeView::make(

@@ -170,6 +170,16 @@ TEST_F(ComposeOpening, theTypesDepartmentIsTakenWhereNobodyIsStored) {
     EXPECT_EQ(form->choice().who, people({"member-3"}));
 }
 
+TEST_F(ComposeOpening, theTypeOfTheLastTimeWinsOverOneChosenBefore) {
+    defaults.memory.setText("lastSendTypeId", "type-lab");
+    launchMember("member-1");
+    make({});
+    form->chooseType("type-xray");
+    form->appear();
+    EXPECT_EQ(form->choice().selectedTypeId, "type-lab");
+    EXPECT_EQ(form->choice().who, people({"member-3"})) << "who suits that type";
+}
+
 TEST_F(ComposeOpening, whatWasChosenBeforeStays) {
     defaults.memory.setText("lastSendRecipient", "ids:member-3");
     launchMember("member-1");

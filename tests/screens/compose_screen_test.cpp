@@ -62,6 +62,57 @@ TEST_F(ComposeScreenTest, elsewhereTheActiveRoomsAreOffered) {
     EXPECT_EQ(screen.roomHint, "");
 }
 
+/// The rooms of the office from now on.
+server::server_message::RoomsUpdated rooms(std::vector<records::Room> rooms) {
+    return {std::move(rooms)};
+}
+
+TEST_F(ComposeScreenTest, aChosenRoomThatIsNoLongerOfferedIsStillNamed) {
+    launchMember("member-1");
+    open();
+    form->chooseRoom("room-2");
+    EXPECT_EQ(form->screen().roomPrompt, "Choose a room…");
+
+    deliverRecord("rooms.updated", rooms({support::makeRoom("room-1"), support::makeInactiveRoom("room-2")}));
+    EXPECT_THAT(form->screen().rooms, ElementsAre(ComposeRoom{"room-1", "Name of room-1"}));
+    EXPECT_EQ(form->screen().roomPrompt, "Name of room-2");
+    EXPECT_EQ(form->screen().selectedRoomId, "room-2");
+    EXPECT_TRUE(form->screen().canSend);
+
+    deliverRecord("rooms.updated", rooms({support::makeRoom("room-1")}));
+    EXPECT_EQ(form->screen().roomPrompt, "Name of room-2") << "as it was called when it was chosen";
+    EXPECT_TRUE(form->screen().canSend);
+
+    form->chooseRoom("room-1");
+    EXPECT_EQ(form->screen().roomPrompt, "Choose a room…");
+    form->chooseRoom(std::nullopt);
+    EXPECT_EQ(form->screen().roomPrompt, "Choose a room…");
+}
+
+TEST_F(ComposeScreenTest, theRoomSentFromLastIsStillNamedOnceItIsGone) {
+    defaults.memory.setText("lastUsedRoomId", "room-2");
+    launchMember("member-1");
+    open();
+    deliverRecord("rooms.updated", rooms({support::makeRoom("room-1")}));
+    EXPECT_EQ(form->screen().roomPrompt, "Name of room-2");
+}
+
+TEST_F(ComposeScreenTest, whereTheFormStandsMayChangeWhileWhatWasTypedStays) {
+    launchRoomWith("member-1");
+    open(homeRoom());
+    form->editNote("Seated");
+    form->pressPerson("member-3");
+    const ComposeChoice before = form->choice();
+    int changes = 0;
+    form->setChangeHandler([&] { ++changes; });
+    form->setPlace({.fixedRoomId = {}, .homeRoomId = "room-2"});
+    form->setPlace({.fixedRoomId = {}, .homeRoomId = "room-2"});
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(form->choice(), before);
+    EXPECT_THAT(form->screen().rooms,
+                ElementsAre(ComposeRoom{"room-1", "Name of room-1"}, ComposeRoom{"room-2", "label-home-room-option"}));
+}
+
 TEST_F(ComposeScreenTest, theTypesHaveTheirWordsAndColours) {
     records::StateSnapshot snapshot = officeSnapshot();
     snapshot.office.vertical = "medical";

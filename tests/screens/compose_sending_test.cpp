@@ -1,14 +1,16 @@
 #include "tests/screens/compose_fixture.h"
 
+#include <algorithm>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
+#include <regex>
+#include <variant>
 
 #include <gmock/gmock.h>
 
 namespace zelkovanta::screens {
 namespace {
 
-using records::StateSnapshot;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -152,6 +154,25 @@ TEST_F(ComposeSending, aSecondPressMeanwhileDoesNothing) {
     EXPECT_EQ(closed, 1);
 }
 
+TEST_F(ComposeSending, aSecondFormWaitsForTheEndOfTheFirstOnes) {
+    launchMember("member-1");
+    open();
+    form->chooseRoom("room-2");
+    pressSend();
+    form->disappear();
+    open();
+    form->chooseRoom("room-1");
+    EXPECT_FALSE(form->canSend());
+    EXPECT_FALSE(form->screen().canSend);
+    EXPECT_TRUE(form->screen().isSending);
+    pressSend();
+    EXPECT_EQ(requestCount("POST", "/signals"), 1U);
+    answerCreated();
+    EXPECT_TRUE(form->canSend());
+    EXPECT_FALSE(form->screen().isSending);
+    EXPECT_EQ(closed, 0);
+}
+
 TEST_F(ComposeSending, whatIsChosenMeanwhileChangesNothing) {
     launchMember("member-1");
     open();
@@ -198,11 +219,8 @@ TEST_F(ComposeSending, aRevocationMeanwhileIsNoFailure) {
 }
 
 TEST_F(ComposeSending, onASharedWorkstationTheRoomMustBeTheConfirmedOne) {
-    StateSnapshot snapshot = officeSnapshot();
-    snapshot.device = support::makeDeviceWithSignIn("member-1");
-    launchWith("shared", snapshot);
-    store->confirmFlexibleRoom("room-1");
-    settle();
+    launchStationWith("member-1");
+    ASSERT_EQ(store::confirmedFlexibleRoomId(state()), "room-1");
     open({.fixedRoomId = "room-2", .homeRoomId = {}});
     pressSend();
     EXPECT_EQ(form->screen().error, "Choose a room for this sign-in before sending.");
@@ -250,33 +268,75 @@ TEST_F(ComposeSending, aFormThatIsForgottenMeanwhileLivesUntilItsEnd) {
     EXPECT_EQ(defaults.memory.text("lastUsedRoomId"), "room-2");
 }
 
+/// The ids of members in a request.
+std::vector<std::string> membersIn(const std::string& body) {
+    static const std::regex memberId{"member-[0-9]+"};
+    return {std::sregex_token_iterator{body.begin(), body.end(), memberId}, std::sregex_token_iterator{}};
+}
+
+/// A press on one of the rows that are shown, if there are any.
+void pressSomeRow(ComposeView& form) {
+    struct Presser {
+        ComposeView& form;
+        void operator()(const AnyRow&) const { form.pressAny(); }
+        void operator()(const GroupRow& group) const { form.pressGroup(group.department); }
+        void operator()(const PersonRow& person) const { form.pressPerson(person.memberId); }
+    };
+    const auto rows = form.screen().who.rows;
+    if (!rows.empty()) {
+        std::visit(Presser{form}, *rc::gen::elementOf(rows));
+    }
+}
+
 RC_GTEST_FIXTURE_PROP(ComposeTest, anyPressesSendOnlyWhatCanBeSelected, ()) {
     launchMember("member-1");
     open();
-    form->chooseRoom("room-1");
+    if (*rc::gen::weightedElement<bool>({{1, false}, {4, true}})) {
+        form->chooseRoom("room-2");
+    }
+    const auto someMember = [] { return "member-" + std::to_string(*rc::gen::inRange(2, 4)); };
     const int presses = *rc::gen::inRange(0, 12);
     for (int count = 0; count < presses; ++count) {
-        switch (*rc::gen::inRange(0, 5)) {
+        switch (*rc::gen::inRange(0, 7)) {
             case 0:
-                form->pressPerson("member-" + std::to_string(*rc::gen::inRange(2, 4)));
-                break;
             case 1:
-                form->pressGroup(*rc::gen::elementOf(std::vector<std::string>{"provider", "assistant"}));
-                break;
             case 2:
-                form->pressAny();
+                pressSomeRow(*form);
                 break;
             case 3:
                 form->chooseType(*rc::gen::elementOf(std::vector<std::string>{"type-ready", "type-lab", "type-xray"}));
                 break;
+            case 4:
+                form->chooseRoom("room-" + std::to_string(*rc::gen::inRange(1, 3)));
+                break;
+            case 5: {
+                records::Member member = *store::memberById(state(), someMember());
+                member.onShift = *rc::gen::arbitrary<bool>();
+                deliverRecord("member.updated", server::server_message::MemberUpdated{member});
+                break;
+            }
             default:
                 form->editNote(*rc::gen::arbitrary<std::string>());
         }
     }
     RC_ASSERT(!form->choice().who.explicitAny || form->choice().who.selectedProviderIds.empty());
-    RC_ASSERT(form->canSend() == form->screen().canSend);
+    const bool may = form->canSend();
+    RC_ASSERT(may == form->screen().canSend);
+    RC_ASSERT(!may || form->choice().selectedRoomId);
+    std::vector<std::string> selectable;
+    for (const records::Member* member : store::selectableRecipients(state())) {
+        selectable.push_back(member->id);
+    }
+    // What a note may hold is no address.
+    form->editNote("");
+
     pressSend();
-    RC_ASSERT((requestCount("POST", "/signals") == 1U) == (sentBody() != "nothing"));
+    RC_ASSERT((requestCount("POST", "/signals") == 1U) == may);
+    for (const std::string& id : membersIn(sentBody())) {
+        RC_ASSERT(std::ranges::find(selectable, id) != selectable.end());
+    }
+    RC_CLASSIFY(may, "sent");
+    RC_CLASSIFY(!membersIn(sentBody()).empty(), "to people");
 }
 
 }  // namespace
