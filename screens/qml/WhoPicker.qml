@@ -93,7 +93,7 @@ ListView {
     }
 
     Connections {
-        target: list.compose.who
+        target: list.model
         function onRowsAboutToBeRemoved(parent: var, first: int, last: int) {
             const hasKeyboard = list.currentItem?.activeFocus ?? false;
             if (hasKeyboard && first <= list.currentIndex && list.currentIndex <= last) {
