@@ -320,5 +320,29 @@ TEST(SignInCard, countsDownInMinutesAndSecondsOfOneWidth) {
     }
 }
 
+TEST(SetupCard, movesNothingInAWindowThatIsHidden) {
+    Page page;
+    page.computer.launchUnpaired();
+    page.open();
+    const auto spins = [&] {
+        for (const QObject* object : page.window->findChildren<QObject*>()) {
+            if (object->property("interval").toInt() == 150 && object->property("running").toBool()) {
+                return true;
+            }
+        }
+        return false;
+    };
+    EXPECT_TRUE(spins()) << "a code is on its way";
+    page.window->showMinimized();
+    page.settle();
+    EXPECT_FALSE(spins());
+    page.window->showNormal();
+    page.settle();
+    EXPECT_TRUE(spins());
+    page.window->hide();
+    page.settle();
+    EXPECT_FALSE(spins());
+}
+
 }  // namespace
 }  // namespace zelkovanta::desktop_test

@@ -314,5 +314,28 @@ TEST(CountingDigits, areReadOutAsTheyStand) {
     EXPECT_EQ(piece.node(QAccessible::StaticText).name, "1:02:03");
 }
 
+QColor colorOf(const Node& node) {
+    return node.interface->object()->property("color").value<QColor>();
+}
+
+TEST(Errors, areInTheBrandsRedInBothAppearances) {
+    for (const auto appearance : {Appearance::light, Appearance::dark}) {
+        Page paired(appearance);
+        paired.computer.launchWith("room", practice());
+        paired.open();
+        paired.computer.run([](store::AppStore& store) { return store.sendSignal("ready", "", {}, {}, {}); });
+        paired.computer.answer("POST", "/signals", 409, R"({"error":"busy","message":"Somebody was faster."})");
+        paired.settle();
+        EXPECT_EQ(colorOf(paired.node(QAccessible::AlertMessage, "Somebody was faster.")), QColor("#E21833"));
+
+        Page unpaired(appearance);
+        unpaired.computer.launchUnpaired();
+        unpaired.open();
+        unpaired.computer.fail("POST", "/pair/request", platform::TransportCause::refused);
+        unpaired.settle();
+        EXPECT_EQ(colorOf(unpaired.node(QAccessible::StaticText, "Reconnecting…")), QColor("#E21833"));
+    }
+}
+
 }  // namespace
 }  // namespace zelkovanta::desktop_test
