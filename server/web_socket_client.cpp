@@ -47,8 +47,8 @@ struct WebSocketClient::Private {};
 /// Does on the client's queue what the machine says.
 class WebSocketClient::Driver : public std::enable_shared_from_this<Driver> {
 public:
-    Driver(platform::WebSocketRequest request, const WebSocketClientPorts& ports)
-        : request_(std::move(request)), ports_(ports) {}
+    Driver(platform::WebSocketRequest request, WebSocketClientPorts ports)
+        : request_(std::move(request)), ports_(std::move(ports)) {}
 
     void setClient(std::weak_ptr<WebSocketClient> client) { client_ = std::move(client); }
 

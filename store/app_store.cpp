@@ -16,8 +16,8 @@ std::shared_ptr<AppStore> AppStore::start(const StorePorts& ports, const StoreCo
     return store;
 }
 
-AppStore::AppStore(Private, const StorePorts& ports, const StoreCollaborators& collaborators)
-    : ports_(ports), collaborators_(collaborators) {
+AppStore::AppStore(Private, StorePorts ports, const StoreCollaborators& collaborators)
+    : ports_(std::move(ports)), collaborators_(collaborators) {
     state_.settings = loadSettings(ports_.defaults);
 }
 

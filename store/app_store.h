@@ -125,7 +125,7 @@ private:
     struct Private {};
 
 public:
-    AppStore(Private, const StorePorts& ports, const StoreCollaborators& collaborators);
+    AppStore(Private, StorePorts ports, const StoreCollaborators& collaborators);
 
 private:
     using ClientHandle = std::shared_ptr<server::APIClient>;

@@ -22,7 +22,7 @@ std::vector<std::string_view> notesOfActiveSignals(const std::vector<records::Si
 }  // namespace
 
 void AppStore::applyServerMessage(server::ServerMessage message) {
-    std::visit([this](auto&& payload) { apply(std::move(payload)); }, std::move(message));
+    std::visit([this](auto& payload) { apply(std::move(payload)); }, message);
 }
 
 void AppStore::apply(records::StateSnapshot&& snapshot) {

@@ -11,7 +11,7 @@ namespace zelkovanta::platform::linux_host {
 namespace asio = boost::asio;
 
 struct DescriptorWatch::Watched : std::enable_shared_from_this<Watched> {
-    Watched(asio::io_context& network, int number_, int copy) : descriptor(network, copy), number(number_) {}
+    Watched(asio::io_context& network, int original, int copy) : descriptor(network, copy), number(original) {}
 
     using Type = asio::posix::descriptor_base::wait_type;
 

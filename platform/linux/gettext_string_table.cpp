@@ -28,7 +28,7 @@ bool isTag(std::string_view text) {
 
 /// "de" or "de_AT" of a locale's name; none for "C", "POSIX" and what names no language.
 std::optional<std::string> languageOf(std::string_view locale) {
-    const LocaleName name(locale);
+    const LocaleName name = localeName(locale);
     if (!isTag(name.language) || name.language == "POSIX") {
         return std::nullopt;
     }

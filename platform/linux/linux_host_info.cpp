@@ -91,7 +91,7 @@ std::optional<std::string> assignedValue(std::string_view text, std::string_view
 
 std::string languageTag(std::string_view locale) {
     constexpr std::string_view fallback = "en-US";
-    const LocaleName name(locale);
+    const LocaleName name = localeName(locale);
     if (name.language.size() < 2 || name.language.size() > 3 || !isAlphabetic(name.language)) {
         return std::string{fallback};
     }

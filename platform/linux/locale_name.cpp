@@ -25,11 +25,11 @@ std::string messageLocale(const Environment& environment) {
     return {};
 }
 
-LocaleName::LocaleName(std::string_view name) {
-    modifier = takeBehind(name, "@");
-    takeBehind(name, ".");
-    territory = takeBehind(name, "_-");
-    language = name;
+LocaleName localeName(std::string_view text) {
+    const auto modifier = takeBehind(text, "@");
+    takeBehind(text, ".");
+    const auto territory = takeBehind(text, "_-");
+    return {.language = text, .territory = territory, .modifier = modifier};
 }
 
 }  // namespace zelkovanta::platform::linux_host

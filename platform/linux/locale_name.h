@@ -11,13 +11,13 @@ namespace zelkovanta::platform::linux_host {
 [[nodiscard]] std::string messageLocale(const Environment& environment);
 
 /// A locale's name in its parts, "de_AT.UTF-8@euro". A missing part is empty, and nothing is checked. The parts hold as
-/// long as the name.
+/// long as the text.
 struct LocaleName {
     std::string_view language;
     std::string_view territory;
     std::string_view modifier;
-
-    explicit LocaleName(std::string_view name);
 };
+
+[[nodiscard]] LocaleName localeName(std::string_view text);
 
 }  // namespace zelkovanta::platform::linux_host

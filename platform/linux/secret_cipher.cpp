@@ -54,12 +54,13 @@ struct SecretCipher::Keys {
     Number prime{BN_get_rfc2409_prime_1024(nullptr)};
     Number own{BN_new()};
     std::array<std::uint8_t, keySize> shared{};
-    bool isMade = false;
+    // The exponent's sign bit is set, so that it is never small by chance.
+    bool isMade = prime && own && BN_priv_rand(own.get(), groupSize * 8 - 1, BN_RAND_TOP_ONE, BN_RAND_BOTTOM_ANY) == 1;
 
     Keys() {
-        // The exponent's sign bit is set, so that it is never small by chance.
-        isMade = prime && own && BN_priv_rand(own.get(), groupSize * 8 - 1, BN_RAND_TOP_ONE, BN_RAND_BOTTOM_ANY) == 1;
-        BN_set_flags(own.get(), BN_FLG_CONSTTIME);
+        if (own) {
+            BN_set_flags(own.get(), BN_FLG_CONSTTIME);
+        }
     }
     ~Keys() { OPENSSL_cleanse(shared.data(), shared.size()); }
     Keys(const Keys&) = delete;
@@ -112,7 +113,7 @@ std::optional<SecretCipher::Sealed> SecretCipher::seal(const std::string& secret
     if (!isSealed) {
         return std::nullopt;
     }
-    sealed.value.resize(static_cast<std::size_t>(first + last));
+    sealed.value.resize(static_cast<std::size_t>(first) + static_cast<std::size_t>(last));
     return sealed;
 }
 
@@ -133,7 +134,7 @@ std::optional<std::string> SecretCipher::open(const Sealed& sealed) const {
     if (!isOpened) {
         return std::nullopt;
     }
-    secret.resize(static_cast<std::size_t>(first + last));
+    secret.resize(static_cast<std::size_t>(first) + static_cast<std::size_t>(last));
     return secret;
 }
 

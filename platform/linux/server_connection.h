@@ -14,7 +14,7 @@
 #include <boost/system/error_code.hpp>
 
 namespace boost::asio::ssl {
-class context;
+class context;  // NOLINT(readability-identifier-naming): the library's name
 }  // namespace boost::asio::ssl
 
 namespace zelkovanta::platform::linux_host {

@@ -43,8 +43,8 @@ std::expected<void, std::string> SimulatedLoginItem::registerItem(RegistrationIn
     if (registering == Registering::fails) {
         return std::unexpected("The login items cannot be changed.");
     }
-    const bool isSwitchedOff = current == LoginItemStatus::requiresApproval;
-    if (registering == Registering::takesEffect && !(isSwitchedOff && intent == RegistrationIntent::firstLaunch)) {
+    const bool staysOff = current == LoginItemStatus::requiresApproval && intent == RegistrationIntent::firstLaunch;
+    if (registering == Registering::takesEffect && !staysOff) {
         current = LoginItemStatus::enabled;
     }
     return {};
