@@ -26,6 +26,7 @@ using desktop_test::Page;
 
 constexpr int rowCount = 300;
 constexpr int visibleRows = 12;
+constexpr int heightForVisibleRows = 2200;
 constexpr int tries = 31;
 constexpr int memberCount = 1000;
 constexpr int signalCount = 5000;
@@ -48,9 +49,9 @@ double ninetyFifth(std::vector<double> times) {
 
 class Desk {
 public:
-    explicit Desk(const records::StateSnapshot& snapshot) {
+    explicit Desk(const records::StateSnapshot& snapshot, int height = 1300) {
         page.computer.launchWith("room", snapshot);
-        page.open(420, 1300);
+        page.open(420, height);
         QObject::connect(page.window, &QQuickWindow::frameSwapped, page.window, [this] { ++frames_; });
         draw();
     }
@@ -104,6 +105,15 @@ QQuickItem* listOf(Page& page) {
     return page.rowItems().front()->parentItem()->parentItem();
 }
 
+/// The rows of which something can be seen.
+int rowsInSight(Page& page) {
+    const QQuickItem* const list = listOf(page);
+    const QRectF sight = list->mapRectToScene({0, 0, list->width(), list->height()});
+    return static_cast<int>(std::ranges::count_if(page.rowItems(), [&](const QQuickItem* row) {
+        return sight.intersects(row->mapRectToScene({0, 0, row->width(), row->height()}));
+    }));
+}
+
 double timeToShow() {
     std::vector<double> times;
     for (int attempt = 0; attempt < 7; ++attempt) {
@@ -141,7 +151,11 @@ double timeOfScrolling() {
 }
 
 double timeOfTick() {
-    Desk desk(practiceWith(visibleRows));
+    Desk desk(practiceWith(visibleRows), heightForVisibleRows);
+    if (const int rows = rowsInSight(desk.page); rows != visibleRows) {
+        std::cerr << rows << " rows are in sight.\n";
+        std::exit(EXIT_FAILURE);
+    }
     std::vector<double> times;
     for (int attempt = 0; attempt < tries; ++attempt) {
         desk.page.computer.loop.advance(std::chrono::seconds{1});
