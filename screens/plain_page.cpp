@@ -1,6 +1,7 @@
 #include "screens/plain_page.h"
 
 #include "records/text.h"
+#include "screens/vocabulary/vocabulary.h"
 #include "store/queues.h"
 
 #include <algorithm>
@@ -54,12 +55,6 @@ public:
 private:
     [[nodiscard]] std::string word(std::string_view english) const { return strings_.localized(english); }
 
-    [[nodiscard]] std::string departmentLabel(const std::string& key) const {
-        const auto departments = store::officeDepartments(state_);
-        const auto found = std::ranges::find(departments, key, &records::OfficeDepartment::key);
-        return found == departments.end() ? key : found->label;
-    }
-
     [[nodiscard]] std::string setupPlaceholder() const {
         if (state_.setupQrImage || state_.setupQrError) {
             return "";
@@ -81,7 +76,9 @@ private:
             case DeviceRole::member: {
                 const records::Member* member = store::pairedMember(state_);
                 page.title = member ? member->name : word("Provider");
-                kind = member ? departmentLabel(member->department) : "";
+                kind = member ? vocabulary::departmentLabel(state_.office, member->department, vocabulary::Count::one,
+                                                            strings_)
+                              : "";
                 break;
             }
             case DeviceRole::shared:

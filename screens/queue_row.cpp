@@ -87,16 +87,19 @@ std::vector<RowButton> buttonsOf(const QueueRow& row, const platform::StringTabl
                            .accessibleName = text,
                            .foreground = fixed(theme::white),
                            .fill = theme::brandBlue,
-                           .outline = {}});
+                           .outline = {},
+                           .padding = {.horizontal = 12, .vertical = 8}});
     }
     if (row.onDone) {
-        buttons.push_back({.action = *row.onDone,
-                           .text = {},
-                           .symbol = "checkmark",
-                           .accessibleName = row.completionLabel,
-                           .foreground = fixed(theme::white),
-                           .fill = theme::brandGreen,
-                           .outline = {}});
+        buttons.push_back(
+            {.action = *row.onDone,
+             .text = {},
+             .symbol = "checkmark",
+             .accessibleName = row.completionLabel.empty() ? strings.localized("Done") : row.completionLabel,
+             .foreground = fixed(theme::white),
+             .fill = theme::brandGreen,
+             .outline = {},
+             .padding = {.horizontal = 7, .vertical = 7}});
     }
     if (row.onCancel) {
         const std::string text = strings.localized("Cancel");
@@ -106,7 +109,8 @@ std::vector<RowButton> buttonsOf(const QueueRow& row, const platform::StringTabl
                            .accessibleName = text,
                            .foreground = theme::redText,
                            .fill = withOpacity(theme::brandRed, 0.10),
-                           .outline = withOpacity(theme::brandRed, 0.28)});
+                           .outline = withOpacity(theme::brandRed, 0.28),
+                           .padding = {.horizontal = 12, .vertical = 7}});
     }
     return buttons;
 }

@@ -37,7 +37,7 @@ struct QueueRow {
     bool highlighted = false;
     std::optional<RowAction> onAcknowledge;
     std::optional<RowAction> onDone;
-    std::string completionLabel;  ///< spoken name of the check button
+    std::string completionLabel;  ///< spoken name of the check button; empty: "Done"
     std::optional<RowAction> onCancel;
     bool showTarget = false;  ///< says for whom it is
     bool operator==(const QueueRow&) const = default;
@@ -65,6 +65,13 @@ struct CombinedBadge {
 };
 [[nodiscard]] CombinedBadge combinedBadge(std::size_t count, const platform::StringTable& strings);
 
+/// Around what a button says. Logical pixels.
+struct ButtonPadding {
+    int horizontal = 0;
+    int vertical = 0;
+    bool operator==(const ButtonPadding&) const = default;
+};
+
 struct RowButton {
     RowAction action = RowAction::done;
     std::string text;            ///< empty for a button with a symbol alone
@@ -73,6 +80,7 @@ struct RowButton {
     theme::ColorPair foreground;
     theme::Color fill;
     std::optional<theme::Color> outline;
+    ButtonPadding padding;
     bool operator==(const RowButton&) const = default;
 };
 

@@ -1,11 +1,11 @@
 #include "screens/queue_row_sections.h"
 
-#include "records/text.h"
 #include "screens/vocabulary/vocabulary.h"
 #include "store/queues.h"
 
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace zelkovanta::screens {
 
@@ -51,8 +51,10 @@ public:
         row.provider = members_.find(signal.providerId);
         row.requester = members_.find(signal.requesterId);
         if (row.requester) {
-            row.requesterDepartment =
+            auto label =
                 vocabulary::departmentLabel(state_.office, row.requester->department, vocabulary::Count::one, strings_);
+            // Somebody of no department has no label either.
+            row.requesterDepartment = label.empty() ? std::nullopt : std::optional{std::move(label)};
         }
         row.onDone = RowAction::done;
         return row;
@@ -86,10 +88,6 @@ QueueTabButton tabButton(SignalTab tab, std::string title, bool selected, std::s
 
 }  // namespace
 
-std::string sectionHeader(const std::string& title) {
-    return records::uppercased(title);
-}
-
 std::vector<QueueRow> personalQueueRows(const StoreState& state, const std::optional<std::string>& roomId,
                                         const platform::StringTable& strings) {
     std::vector<QueueRow> rows;
@@ -108,7 +106,7 @@ QueueSection personalQueueSection(const StoreState& state, SectionTitle title, c
                                   const platform::StringTable& strings) {
     QueueSection section;
     if (title == SectionTitle::shown) {
-        section.header = sectionHeader(strings.localized("Your signals"));
+        section.header = strings.localized("Your signals");
     }
     section.rows = personalQueueRows(state, roomId, strings);
     if (section.rows.empty()) {

@@ -25,11 +25,8 @@ struct EmptyQueueLabel {
     bool operator==(const EmptyQueueLabel&) const = default;
 };
 
-/// The title of a section as it is drawn: in upper case.
-[[nodiscard]] std::string sectionHeader(const std::string& title);
-
 struct QueueSection {
-    std::optional<std::string> header;  ///< upper case already
+    std::optional<std::string> header;  ///< as it is written; drawn in upper case
     std::vector<QueueRow> rows;
     std::optional<EmptyQueueLabel> empty;  ///< there while there are no rows
     bool operator==(const QueueSection&) const = default;

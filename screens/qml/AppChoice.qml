@@ -45,6 +45,18 @@ T.ComboBox {
     Accessible.name: label + ": " + shownText
     Accessible.onPressAction: popup.open()
 
+    // A choice is an entry of the opened list that somebody takes. While the list is closed, a key opens it or does nothing.
+    Keys.onPressed: event => {
+        if (control.popup.visible) {
+            event.accepted = false;
+        } else if (event.key === Qt.Key_Up || event.key === Qt.Key_Down) {
+            control.popup.open();
+            event.accepted = true;
+        } else {
+            event.accepted = event.key === Qt.Key_Home || event.key === Qt.Key_End || event.text > " ";
+        }
+    }
+
     onActivated: index => {
         control.selectedId = control.choices.idAt(index);
         control.chosen(control.selectedId);
@@ -135,12 +147,18 @@ T.ComboBox {
         padding: 1
 
         contentItem: ListView {
+            id: entries
+
             clip: true
             implicitHeight: contentHeight
             model: control.popup.visible ? control.delegateModel : null
             currentIndex: control.highlightedIndex
             boundsBehavior: Flickable.StopAtBounds
             T.ScrollBar.vertical: AppScrollBar {}
+
+            ReadingOrder {
+                of: entries.contentItem
+            }
         }
         background: Rectangle {
             radius: 4

@@ -5,20 +5,21 @@ import ZelkoVanta.Screens
 Rectangle {
     id: badge
 
-    required property string text
+    required property shownBadge spec
 
-    visible: text !== ""
+    visible: spec.text !== ""
     implicitWidth: visible ? Math.ceil(label.implicitWidth) + 16 : 0
     implicitHeight: Math.ceil(label.implicitHeight) + 6
     radius: 8
-    color: Qt.alpha(Theme.blue, 0.14)
+    color: spec.fill
 
     Words {
         id: label
         anchors.centerIn: parent
-        text: badge.text
-        color: Theme.blueText
+        text: badge.spec.text
+        color: Theme.dark ? badge.spec.ink.dark : badge.spec.ink.light
         font.pixelSize: Theme.captionSize
+        maximumLineCount: 1
         font.weight: Font.Medium
     }
 }

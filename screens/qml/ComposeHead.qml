@@ -26,7 +26,7 @@ Item {
 
         SectionHeader {
             width: parent.width
-            text: head.compose.roomTitle.toLocaleUpperCase()
+            text: head.compose.roomTitle
         }
         Words {
             width: parent.width
@@ -63,7 +63,7 @@ Item {
         SectionHeader {
             topPadding: 6
             width: parent.width
-            text: head.compose.typeTitle.toLocaleUpperCase()
+            text: head.compose.typeTitle
         }
         FlowLayout {
             id: types
@@ -90,7 +90,7 @@ Item {
         SectionHeader {
             topPadding: 6
             width: parent.width
-            text: head.compose.whoTitle.toLocaleUpperCase()
+            text: head.compose.whoTitle
         }
         Caption {
             width: parent.width

@@ -18,6 +18,8 @@ AppChoice {
     visible: screen.hasStatus
     implicitWidth: face.implicitWidth + 24
     implicitHeight: 30
+    leftPadding: 12
+    rightPadding: 12
     popupWidth: 180
     indicator: null
 

@@ -16,11 +16,28 @@ ListView {
 
     readonly property bool running: inSight && visible && rows.count > 0
 
+    /// The row in which the keyboard is, and the place of such a row that has just gone; -1 for none.
+    property int entered: -1
+    property int vacated: -1
+    /// By mouse or by key: only a key shows where it is.
+    property int cameBy: Qt.OtherFocusReason
+
+    /// Takes the keyboard to the row that stands where one has gone.
+    function followUp() {
+        const to = list.vacated;
+        list.vacated = -1;
+        if (list.count > 0) {
+            list.step(to, 0, list.cameBy);
+        } else {
+            list.nextItemInFocusChain()?.forceActiveFocus(list.cameBy);
+        }
+    }
+
     /// Takes the keyboard to the row above or below, to the first button that it has.
-    function step(from: int, by: int) {
+    function step(from: int, by: int, reason: int) {
         const to = Math.max(0, Math.min(list.count - 1, from + by));
         list.positionViewAtIndex(to, ListView.Contain);
-        list.itemAtIndex(to)?.nextItemInFocusChain()?.forceActiveFocus(Qt.TabFocusReason);
+        list.itemAtIndex(to)?.nextItemInFocusChain()?.forceActiveFocus(reason);
     }
 
     clip: true
@@ -28,9 +45,12 @@ ListView {
     reuseItems: true
     boundsBehavior: Flickable.StopAtBounds
     activeFocusOnTab: false
+    keyNavigationEnabled: false
     // A current row would take the focus with it when others come.
     currentIndex: -1
     bottomMargin: room
+    onCountChanged: if (vacated >= 0)
+        followUp()
 
     Accessible.role: Accessible.List
     Accessible.name: label
@@ -48,12 +68,28 @@ ListView {
 
         onYChanged: order.schedule()
         // The keyboard never goes where nobody looks.
-        onEnteredChanged: if (entered)
-            list.positionViewAtIndex(entry.index, ListView.Contain)
-        Keys.onUpPressed: list.step(entry.index, -1)
-        Keys.onDownPressed: list.step(entry.index, 1)
-        // A row that waits for its next use is none for a screen reader.
-        ListView.onPooled: entry.visible = false
+        onEnteredChanged: {
+            if (entered) {
+                list.entered = entry.index;
+                list.positionViewAtIndex(entry.index, ListView.Contain);
+            } else if (list.entered === entry.index) {
+                list.entered = -1;
+            }
+        }
+        onIndexChanged: if (entered && index >= 0)
+            list.entered = index
+        Keys.onUpPressed: list.step(entry.index, -1, Qt.TabFocusReason)
+        Keys.onDownPressed: list.step(entry.index, 1, Qt.TabFocusReason)
+        ListView.onRemove: if (entered) {
+            list.vacated = list.entered;
+            list.cameBy = (list.Window.activeFocusItem as T.Button)?.focusReason ?? Qt.OtherFocusReason;
+        }
+        // A row that waits for its next use is none for a screen reader, and none for the keyboard.
+        ListView.onPooled: {
+            if (entry.activeFocus)
+                list.forceActiveFocus(Qt.OtherFocusReason);
+            entry.visible = false;
+        }
         ListView.onReused: entry.visible = true
     }
 
@@ -62,12 +98,15 @@ ListView {
         of: list.contentItem
     }
 
+    // Aligned to the moment at which the list came in sight, however late a tick is.
     Timer {
         interval: 1000
         repeat: true
         triggeredOnStart: true
         running: list.running
-        onTriggered: list.rows.tick()
+        onRunningChanged: if (running)
+            list.rows.appear()
+        onTriggered: interval = list.rows.tick()
     }
 
     EmptyQueueLabel {

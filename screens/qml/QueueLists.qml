@@ -35,9 +35,16 @@ Item {
         width: parent.width
         height: parent.height - y
 
-        QueueList {
+        SectionHeader {
+            id: receivedTitle
             width: lists.share
-            height: place.height
+            visible: text !== "" && lists.receivedShown
+            text: lists.screen.received.header
+        }
+        QueueList {
+            y: receivedTitle.visible ? receivedTitle.height + 8 : 0
+            width: lists.share
+            height: place.height - y
             visible: lists.receivedShown
             rows: lists.screen.received
             label: qsTr("Received")

@@ -16,6 +16,7 @@ Item {
         text: place.text
         color: Theme.tertiary
         font.pixelSize: Theme.captionSize
+        maximumLineCount: 1
         font.weight: Font.DemiBold
     }
 }

@@ -22,7 +22,7 @@ FocusScope {
     required property string detail
     required property string note
     required property shownChip chip
-    required property string combined
+    required property shownBadge combined
     required property string position
     required property shownButton acknowledge
     required property shownButton done
@@ -82,7 +82,8 @@ FocusScope {
             text: row.room
             font.weight: Font.DemiBold
             fontSizeMode: Text.HorizontalFit
-            minimumPixelSize: Math.round(Theme.textSize * 0.82)
+            maximumLineCount: 1
+            minimumPixelSize: Math.ceil(Theme.textSize * 0.82)
             verticalAlignment: Text.AlignVCenter
         }
         Words {
@@ -97,7 +98,8 @@ FocusScope {
             color: Theme.dark ? row.typeColor.dark : row.typeColor.light
             font.weight: Font.DemiBold
             fontSizeMode: Text.HorizontalFit
-            minimumPixelSize: Math.round(Theme.textSize * 0.82)
+            maximumLineCount: 1
+            minimumPixelSize: Math.ceil(Theme.textSize * 0.82)
             verticalAlignment: Text.AlignVCenter
         }
     }
@@ -128,7 +130,7 @@ FocusScope {
     ActionBar {
         id: bar
 
-        x: row.indent
+        x: row.padding
         y: noteLine.y + (noteLine.visible ? noteLine.taken + row.gap : 0)
         width: row.width - x - row.padding
         chips: chipParts
@@ -141,7 +143,7 @@ FocusScope {
                 chip: row.chip
             }
             CombinedBadge {
-                text: row.combined
+                spec: row.combined
             }
             QueuePosition {
                 text: row.position

@@ -10,12 +10,19 @@ PressButton {
 
     visible: spec.shown
     text: spec.text
-    implicitWidth: spec.shown ? (spec.symbol !== "" ? 32 : Math.ceil(implicitContentWidth) + 24) : 0
-    implicitHeight: 32
+    horizontalPadding: spec.horizontalPadding
+    verticalPadding: spec.verticalPadding
+    implicitWidth: spec.shown ? Math.ceil(implicitContentWidth) + leftPadding + rightPadding : 0
+    implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     spokenName: spec.name
 
+    // The keyboard stays in the row when its button goes.
+    onSpecChanged: if (!spec.shown && activeFocus)
+        nextItemInFocusChain().forceActiveFocus(focusReason)
+
     contentItem: Item {
-        implicitWidth: label.implicitWidth
+        implicitWidth: control.spec.symbol !== "" ? symbol.implicitWidth : label.implicitWidth
+        implicitHeight: control.spec.symbol !== "" ? symbol.implicitHeight : label.implicitHeight
 
         Text {
             id: label
@@ -28,6 +35,7 @@ PressButton {
             Accessible.ignored: true
         }
         SymbolIcon {
+            id: symbol
             anchors.centerIn: parent
             visible: control.spec.symbol !== ""
             symbol: control.spec.symbol

@@ -18,6 +18,7 @@ Rectangle {
         text: face.chip.text
         color: Theme.dark ? face.chip.ink.dark : face.chip.ink.light
         font.pixelSize: face.chip.prominent ? Theme.textSize : Theme.captionSize
+        maximumLineCount: 1
         font.weight: Font.DemiBold
     }
 }

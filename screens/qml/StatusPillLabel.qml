@@ -27,8 +27,8 @@ Row {
     SymbolIcon {
         anchors.verticalCenter: parent.verticalCenter
         visible: pill.chevron
-        width: 10
-        height: 10
+        width: 8
+        height: 8
         symbol: "chevron.up.chevron.down"
         color: Theme.tertiary
     }

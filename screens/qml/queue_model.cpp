@@ -3,6 +3,7 @@
 #include "screens/qml/shown_row.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -17,6 +18,17 @@ QVariant shown(const std::string& text) {
 
 QVariant shown(const theme::ColorPair& color) {
     return QVariant::fromValue(ShownColor{color});
+}
+
+/// What a row is called: what of it is known.
+std::string spoken(const DrawnRow& drawn) {
+    std::string name;
+    for (const std::string& part : {drawn.room, drawn.type, drawn.chip.text}) {
+        if (!part.empty()) {
+            name += name.empty() ? part : ", " + part;
+        }
+    }
+    return name;
 }
 
 QVariant buttonOf(const DrawnRow& drawn, RowAction action) {
@@ -53,6 +65,9 @@ void QueueModel::setSection(const QueueSection& section) {
     if (std::exchange(empty_, section.empty) != section.empty) {
         Q_EMIT emptyChanged();
     }
+    if (std::exchange(header_, section.header) != section.header) {
+        Q_EMIT headerChanged();
+    }
 }
 
 QueueEntryHandle QueueModel::entryOf(const QueueRow& row, const QueueEntry* before) const {
@@ -65,18 +80,33 @@ QueueEntryHandle QueueModel::entryOf(const QueueRow& row, const QueueEntry* befo
     return std::make_shared<QueueEntry>(QueueEntry{.row = row, .drawn = std::move(drawnRow), .timer = timer});
 }
 
-void QueueModel::tick() {
+void QueueModel::appear() {
+    appeared_ = clock_.steadyNow();
+}
+
+int QueueModel::tick() {
     if (count() > 0) {
         Q_EMIT dataChanged(index(0), index(count() - 1), {waitText, waitColor});
     }
+    const auto left = untilNextTick(appeared_, clock_.steadyNow());
+    return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(left).count());
+}
+
+QString QueueModel::header() const {
+    return QString::fromStdString(header_.value_or(""));
 }
 
 void QueueModel::press(const QString& id, std::optional<RowAction> QueueRow::* action) const {
     const auto found = std::ranges::find(rows(), id.toStdString(), [](const auto& entry) { return entry->drawn.id; });
-    if (found != rows().end() && (*found)->row.*action) {
-        // A handle of its own, since the press may change the list.
-        const auto entry = QueueEntryHandle(*found);
-        onPress_(entry->row.signal, *(entry->row.*action));
+    if (found == rows().end()) {
+        return;
+    }
+    // A handle of its own, since the press may change the list.
+    const auto entry = QueueEntryHandle(*found);
+    const std::optional<RowAction> pressed = entry->row.*action;
+    if (pressed &&
+        std::ranges::find(entry->drawn.buttons, *pressed, &RowButton::action) != entry->drawn.buttons.end()) {
+        onPress_(entry->row.signal, *pressed);
     }
 }
 
@@ -98,7 +128,7 @@ QVariant QueueModel::valueOf(const QueueEntryHandle& entry, int role) const {
         case signalId:
             return shown(drawnRow.id);
         case spokenName:
-            return shown(drawnRow.room + ", " + drawnRow.type + ", " + drawnRow.chip.text);
+            return shown(spoken(drawnRow));
         case mark:
             return toColor(drawnRow.mark);
         case outline:
@@ -122,7 +152,7 @@ QVariant QueueModel::valueOf(const QueueEntryHandle& entry, int role) const {
         case chip:
             return QVariant::fromValue(ShownChip{drawnRow.chip});
         case combined:
-            return shown(drawnRow.combined ? drawnRow.combined->text : std::string{});
+            return QVariant::fromValue(drawnRow.combined ? ShownBadge{*drawnRow.combined} : ShownBadge{});
         case position:
             return shown(drawnRow.position);
         case acknowledge:

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include <QString>
@@ -31,6 +32,8 @@ class QueueModel : public KeyedRows<QueueEntryHandle> {
     QML_ELEMENT
     QML_UNCREATABLE("Belongs to a screen.")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    /// The title above the rows; empty for none.
+    Q_PROPERTY(QString header READ header NOTIFY headerChanged)
     Q_PROPERTY(QString emptySymbol READ emptySymbol NOTIFY emptyChanged)
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY emptyChanged)
     Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY emptyChanged)
@@ -60,13 +63,16 @@ public:
     QueueModel(const platform::Clock& clock, const platform::StringTable& strings, PressHandler onPress);
 
     void setSection(const QueueSection& section);
-    /// Has the wait timers drawn again, and nothing else.
-    Q_INVOKABLE void tick();
-    /// A button of a row; nothing if the row or the button has gone meanwhile.
+    /// The list comes in sight: from now on its timers tick on whole seconds.
+    Q_INVOKABLE void appear();
+    /// Has the wait timers drawn again, and nothing else. In how many milliseconds they are to be drawn the next time.
+    Q_INVOKABLE int tick();
+    /// A button of a row; nothing if the row or the button is not there, or no longer.
     Q_INVOKABLE void pressAcknowledge(const QString& id) { press(id, &QueueRow::onAcknowledge); }
     Q_INVOKABLE void pressDone(const QString& id) { press(id, &QueueRow::onDone); }
     Q_INVOKABLE void pressCancel(const QString& id) { press(id, &QueueRow::onCancel); }
 
+    [[nodiscard]] QString header() const;
     [[nodiscard]] QString emptySymbol() const;
     [[nodiscard]] QString emptyTitle() const;
     [[nodiscard]] QString emptySubtitle() const;
@@ -75,6 +81,7 @@ public:
 Q_SIGNALS:
     void countChanged();
     void emptyChanged();
+    void headerChanged();
 
 protected:
     [[nodiscard]] const std::string& keyOf(const QueueEntryHandle& entry) const override { return entry->drawn.id; }
@@ -88,6 +95,8 @@ private:
     const platform::StringTable& strings_;
     const PressHandler onPress_;
     std::optional<EmptyQueueLabel> empty_;
+    std::optional<std::string> header_;
+    platform::SteadyTime appeared_{};
 };
 
 }  // namespace zelkovanta::screens::qml

@@ -9,10 +9,15 @@ ShownButton::ShownButton(const RowButton& button)
       name(QString::fromStdString(button.accessibleName)),
       foreground(button.foreground),
       fill(toColor(button.fill)),
-      outline(button.outline ? toColor(*button.outline) : QColor{Qt::transparent}) {}
+      outline(button.outline ? toColor(*button.outline) : QColor{Qt::transparent}),
+      horizontalPadding(button.padding.horizontal),
+      verticalPadding(button.padding.vertical) {}
 
 ShownChip::ShownChip(const StatusChip& chip)
     : text(QString::fromStdString(chip.text)), prominent(chip.prominent), ink(chip.textColor), fill(chip.fill) {}
+
+ShownBadge::ShownBadge(const CombinedBadge& badge)
+    : text(QString::fromStdString(badge.text)), ink(CombinedBadge::textColor), fill(toColor(CombinedBadge::fill)) {}
 
 ShownTab::ShownTab(const QueueTabButton& tab)
     : title(QString::fromStdString(tab.title)),

@@ -22,6 +22,8 @@ class ShownButton {
     Q_PROPERTY(zelkovanta::screens::qml::ShownColor foreground MEMBER foreground FINAL)
     Q_PROPERTY(QColor fill MEMBER fill FINAL)
     Q_PROPERTY(QColor outline MEMBER outline FINAL)
+    Q_PROPERTY(int horizontalPadding MEMBER horizontalPadding FINAL)
+    Q_PROPERTY(int verticalPadding MEMBER verticalPadding FINAL)
 
 public:
     bool shown = false;
@@ -31,6 +33,8 @@ public:
     ShownColor foreground;
     QColor fill = Qt::transparent;
     QColor outline = Qt::transparent;
+    int horizontalPadding = 0;
+    int verticalPadding = 0;
 
     ShownButton() = default;
     explicit ShownButton(const RowButton& button);
@@ -54,6 +58,24 @@ public:
     ShownChip() = default;
     explicit ShownChip(const StatusChip& chip);
     bool operator==(const ShownChip&) const = default;
+};
+
+/// The badge of a combined call, or the place where it would be: no text.
+class ShownBadge {
+    Q_GADGET
+    QML_VALUE_TYPE(shownBadge)
+    Q_PROPERTY(QString text MEMBER text FINAL)
+    Q_PROPERTY(zelkovanta::screens::qml::ShownColor ink MEMBER ink FINAL)
+    Q_PROPERTY(QColor fill MEMBER fill FINAL)
+
+public:
+    QString text;
+    ShownColor ink;
+    QColor fill = Qt::transparent;
+
+    ShownBadge() = default;
+    explicit ShownBadge(const CombinedBadge& badge);
+    bool operator==(const ShownBadge&) const = default;
 };
 
 class ShownTab {

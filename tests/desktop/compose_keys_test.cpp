@@ -132,7 +132,7 @@ TEST_F(ComposeOrder, aFormIsReadOutFromTheTopToTheBottom) {
         names.push_back(node.name);
     }
     EXPECT_THAT(
-        names, ElementsAre("Back", "Send a request", "ROOM", "Room: Room 1", "SIGNAL", "Patient ready", "Urgent", "WHO",
+        names, ElementsAre("Back", "Send a request", "Room", "Room: Room 1", "Signal", "Patient ready", "Urgent", "Who",
                            StartsWith("Pick a group"), StartsWith("Any "), "Dr. Henrik Voss", "Any Assistant",
                            "June Park", StartsWith("Combined call: all 2"), "Note", StartsWith("Say what needs doing"),
                            "The office is closed.", "Cancel", "Send signal"));

@@ -18,6 +18,14 @@ INSTANTIATE_TEST_SUITE_P(EveryPicture, PageReference,
                          testing::Combine(testing::Values("person", "person-narrow", "form", "long", "setup"),
                                           testing::Values(Appearance::light, Appearance::dark)));
 
+INSTANTIATE_TEST_SUITE_P(QueuePicture, PageReference,
+                         testing::Values(std::tuple{"room", Appearance::light},
+                                         std::tuple{"room-narrow", Appearance::dark},
+                                         std::tuple{"room-offline", Appearance::light},
+                                         std::tuple{"person-empty", Appearance::dark},
+                                         std::tuple{"person-unknown-status", Appearance::light},
+                                         std::tuple{"person-highlighted", Appearance::dark}));
+
 /// How far two pictures are apart: the share of their pixels of which a channel differs by more than an eye forgives.
 double difference(const QImage& left, const QImage& right) {
     constexpr int forgiven = 48;

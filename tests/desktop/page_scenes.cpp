@@ -48,8 +48,15 @@ void person(Page& page) {
     page.computer.deliverSnapshot(snapshot);
 }
 
+/// What a room sent: to one person, to several, to whoever is next.
 void room(Page& page) {
-    page.computer.launchWith("room", busyPractice());
+    auto snapshot = busyPractice();
+    snapshot.signals[0].providerId = "dr-voss";
+    snapshot.signals.push_back(call("e", "room-3", "urgent", "waiting", "2024-10-03T23:55:00Z", "", std::nullopt));
+    snapshot.signals.back().providerIds = {{"dr-amari", "dr-voss", "june"}};
+    page.computer.launchWith("room", snapshot);
+    page.computer.socket().accept();
+    page.computer.deliverSnapshot(snapshot);
 }
 
 /// More than a window holds, of every kind.
@@ -67,6 +74,23 @@ void personEmpty(Page& page) {
     auto snapshot = practice();
     snapshot.device = support::makeDeviceOfMember("dr-amari");
     page.computer.launchWith("member", snapshot);
+}
+
+void unknownStatus(Page& page) {
+    auto snapshot = busyPractice();
+    snapshot.members[0].status = "lunch";
+    snapshot.device = support::makeDeviceOfMember("dr-amari");
+    page.computer.launchWith("member", snapshot);
+}
+
+/// No screen asks for this yet, so the second row is made so by hand.
+void highlight(Page& page) {
+    const auto strings = textsIn("en");
+    auto section =
+        screens::personalQueueSection(page.computer.state(), screens::SectionTitle::hidden, std::nullopt, strings);
+    section.rows.at(1).highlighted = true;
+    page.model->queue()->received()->setSection(section);
+    page.settle();
 }
 
 void emptyRoomOffline(Page& page) {
@@ -151,12 +175,15 @@ std::vector<Scene> scenes() {
     std::vector<Scene> all{{"person", person, 420, 680},
                            {"crowd", crowd, 420, 680},
                            {"person-empty", personEmpty, 420, 680},
+                           {"person-unknown-status", unknownStatus, 420, 680},
+                           {"person-highlighted", person, 420, 680, highlight},
                            {"person-wide", person, 1000, 640},
                            {"person-narrow", person, 360, 600},
                            {"form", person, 420, 680},
                            {"form-narrow", longNames, 360, 600},
                            {"form-wide", person, 1000, 640},
                            {"room", room, 420, 680},
+                           {"room-narrow", room, 320, 600},
                            {"room-offline", emptyRoomOffline, 420, 680},
                            {"room-error", error, 360, 600},
                            {"station", station, 420, 680},

@@ -114,6 +114,25 @@ TEST(PlainRoomTest, whoHasToSayWhereTheyAreIsRemindedOfTheRoomBefore) {
     EXPECT_EQ(plainPage(state, words, state.rooms.data()).hint, "");
 }
 
+TEST(PlainPageTest, aDepartmentReadsAsInARow) {
+    store::StoreState state = station();
+    state.role = records::DeviceRole::member;
+    state.office->name = "";
+    state.office->vertical = "dental";
+    state.office->departments = {{{.key = "provider", .label = "The office's own word", .labelPlural = {}},
+                                  {.key = "garden", .label = "Gardener", .labelPlural = {}}}};
+    state.members = {support::makeMember("me")};
+    state.device = support::makeDeviceOfMember("me");
+    const auto subtitleFor = [&](const std::string& department) {
+        state.members[0].department = department;
+        return plainPage(state, words).subtitle;
+    };
+    EXPECT_EQ(subtitleFor("provider"), "dept-provider-dental");
+    EXPECT_EQ(subtitleFor("garden"), "Gardener");
+    EXPECT_EQ(subtitleFor("kitchen"), "Kitchen");
+    EXPECT_EQ(subtitleFor(""), "");
+}
+
 TEST(PlainSetupTest, whatStandsInPlaceOfTheImageTellsWhy) {
     store::StoreState state;
     EXPECT_EQ(plainPage(state, words).setupPlaceholder, "Getting a code…");

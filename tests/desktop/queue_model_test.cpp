@@ -187,6 +187,72 @@ TEST(QueueModelTest, onlyTheButtonsThatARowHasAct) {
     EXPECT_EQ(queue.presses, expected);
 }
 
+TEST(QueueModelTest, aButtonThatIsNotDrawnDoesNotAct) {
+    Queue queue;
+    auto section = sectionOf({1});
+    section.rows[0].signal.status = "acknowledged";
+    queue.model.setSection(section);
+    ASSERT_TRUE(section.rows[0].onAcknowledge);
+    queue.model.pressAcknowledge("1");
+    EXPECT_EQ(queue.presses, std::vector<Pressed>{});
+    queue.model.pressDone("1");
+    EXPECT_EQ(queue.presses, (std::vector<Pressed>{{"1", RowAction::done}}));
+}
+
+TEST(QueueModelTest, aRowIsCalledByWhatIsKnownOfIt) {
+    Queue queue;
+    queue.model.setSection(sectionOf({1}));
+    EXPECT_EQ(queue.value(0, QueueModel::spokenName).toString(), "Room, status-waiting");
+    auto section = sectionOf({1});
+    section.rows[0].room = support::makeRoom("r", [](records::Room& room) { room.name = ""; });
+    section.rows[0].type = support::makeType("t", 1, [](records::SignalType& type) { type.label = "X-ray"; });
+    queue.model.setSection(section);
+    EXPECT_EQ(queue.value(0, QueueModel::spokenName).toString(), "X-ray, status-waiting");
+}
+
+TEST(QueueModelTest, ticksStayAlignedToTheMomentOfAppearing) {
+    Queue queue;
+    queue.model.setSection(sectionOf({1}));
+    queue.loop.advance(370ms);
+    queue.model.appear();
+    EXPECT_EQ(queue.model.tick(), 1000);
+    // A tick that comes late is followed by one that is on time again.
+    queue.loop.advance(1030ms);
+    EXPECT_EQ(queue.model.tick(), 970);
+    queue.loop.advance(970ms);
+    EXPECT_EQ(queue.model.tick(), 1000);
+    queue.loop.advance(1h + 400us);
+    EXPECT_EQ(queue.model.tick(), 1000) << "never before the second is full";
+    queue.model.appear();
+    queue.loop.advance(250ms);
+    EXPECT_EQ(queue.model.tick(), 750);
+}
+
+TEST(QueueModelTest, aBadgeHasTheColoursOfItsKind) {
+    Queue queue;
+    auto section = sectionOf({1, 2});
+    section.rows[1].signal.providerIds = {{"a", "b", "c"}};
+    queue.model.setSection(section);
+    EXPECT_EQ(queue.value(0, QueueModel::combined).value<ShownBadge>(), ShownBadge{});
+    const auto badge = queue.value(1, QueueModel::combined).value<ShownBadge>();
+    EXPECT_EQ(badge.text, "Combined · 3");
+    EXPECT_EQ(badge.ink, (ShownColor{{.light = theme::rgb(0x3457C4), .dark = theme::rgb(0x8FB0F7)}}));
+    EXPECT_EQ(badge.fill, toColor(theme::rgb(0x5789F2, 0.14)));
+}
+
+TEST(QueueModelTest, aListHasTheTitleOfItsSection) {
+    Queue queue;
+    int told = 0;
+    QObject::connect(&queue.model, &QueueModel::headerChanged, [&] { ++told; });
+    auto section = sectionOf({1});
+    queue.model.setSection(section);
+    EXPECT_EQ(queue.model.header(), "");
+    section.header = "Your signals";
+    queue.model.setSection(section);
+    EXPECT_EQ(queue.model.header(), "Your signals");
+    EXPECT_EQ(told, 1);
+}
+
 TEST(QueueModelTest, anEmptyListSaysSo) {
     Queue queue;
     QueueSection section;

@@ -96,6 +96,27 @@ TEST(PersonalQueueSection, aRowWhoseRecordsAreGoneIsThereAllTheSame) {
     EXPECT_EQ(rows[0].requesterDepartment, std::nullopt);
 }
 
+TEST(PersonalQueueSection, aRequesterOfNoDepartmentIsNamedAlone) {
+    StoreState state = officeOfMe();
+    state.members[1].department = "";
+    state.signals = {sentBy("bo", "1")};
+    const auto rows = personalQueueRows(state, std::nullopt, strings);
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].requesterDepartment, std::nullopt);
+    EXPECT_EQ(drawn(rows[0], strings).detail, "Name of bo");
+}
+
+TEST(SentQueueSection, aRequesterOfNoDepartmentIsNamedAlone) {
+    StoreState state = officeOfMe();
+    state.members[0].department = "";
+    state.signals = {sentBy("me", "1")};
+    state.signals[0].providerId = "bo";
+    const auto rows = sentQueueSection(state, std::nullopt, strings).rows;
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].requesterDepartment, std::nullopt);
+    EXPECT_EQ(drawn(rows[0], strings).detail, "Name of me · for Name of bo");
+}
+
 TEST(PersonalQueueSection, keepsTheQueuesOrderAndItsRoom) {
     StoreState state = officeOfMe();
     state.signals = {
@@ -117,7 +138,7 @@ TEST(PersonalQueueSection, keepsTheQueuesOrderAndItsRoom) {
 
 TEST(PersonalQueueSection, anEmptyQueueSaysSo) {
     const auto section = personalQueueSection(officeOfMe(), SectionTitle::shown, std::nullopt, strings);
-    EXPECT_EQ(section.header, "YOUR SIGNALS");
+    EXPECT_EQ(section.header, "Your signals");
     EXPECT_THAT(section.rows, IsEmpty());
     EXPECT_EQ(section.empty,
               (EmptyQueueLabel{.systemImage = "tray", .title = "No one is waiting for you.", .subtitle = {}}));
@@ -252,11 +273,6 @@ TEST(MemberStatusControl, aStatusThatIsNotKnownReadsAsAvailableWithAFaintDot) {
             EXPECT_FALSE(entry.isCurrent);
         }
     }
-}
-
-TEST(SectionHeader, isInUpperCase) {
-    EXPECT_EQ(sectionHeader("Your signals"), "YOUR SIGNALS");
-    EXPECT_EQ(sectionHeader("Räume"), "RÄUME");
 }
 
 }  // namespace

@@ -230,6 +230,24 @@ TEST(QueueRow, theCancelButtonIsQuiet) {
     EXPECT_EQ(cancel.outline, rgb(0xE21833, 0.28));
 }
 
+TEST(QueueRow, aWordStandsFurtherFromTheEdgeOfItsButtonThanItsLinesDo) {
+    QueueRow row = receivedRow(makeSignal("signal-1"));
+    row.onCancel = RowAction::cancel;
+    const auto buttons = drawn(row, strings).buttons;
+    ASSERT_EQ(buttons.size(), 3U);
+    EXPECT_EQ(buttons[0].padding, (ButtonPadding{.horizontal = 12, .vertical = 8}));
+    EXPECT_EQ(buttons[1].padding.horizontal, buttons[1].padding.vertical) << "a disc";
+    EXPECT_EQ(buttons[2].padding, (ButtonPadding{.horizontal = 12, .vertical = 7}));
+}
+
+TEST(QueueRow, theCheckButtonIsCalledDoneUnlessItHasAnotherName) {
+    QueueRow row = receivedRow(makeSignal("signal-1"));
+    row.completionLabel = "";
+    EXPECT_THAT(namesOf(drawn(row, strings).buttons), ElementsAre("On my way", "Done"));
+    row.completionLabel = "Mark completed";
+    EXPECT_THAT(namesOf(drawn(row, strings).buttons), ElementsAre("On my way", "Mark completed"));
+}
+
 TEST(QueueRow, theBadgeCountsTheListWhateverItsLength) {
     const auto badgeOf = [](std::optional<std::vector<std::string>> ids) {
         return drawn(receivedRow(makeSignal("1", [&](auto& signal) { signal.providerIds = ids; })), strings).combined;
