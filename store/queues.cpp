@@ -45,9 +45,9 @@ Priorities prioritiesById(std::span<const records::SignalType> types) {
 /// The active signals that `keep` holds for, in queue order. Only those are sorted.
 SignalList sortedIf(std::span<const records::SignalType> types, std::span<const records::Signal> signals, auto&& keep) {
     struct Entry {
-        std::int64_t priority;
+        std::int64_t priority = 0;
         std::string_view createdAt;
-        const records::Signal* signal;
+        const records::Signal* signal = nullptr;
     };
     const Priorities priorities = prioritiesById(types);
     std::vector<Entry> entries;
