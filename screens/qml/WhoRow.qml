@@ -36,7 +36,8 @@ PickRow {
         MemberAvatar {
             anchors.verticalCenter: parent.verticalCenter
             visible: row.symbol === ""
-            diameter: row.diameter
+            // A department has no avatar, but letters must have a size.
+            diameter: Math.max(1, row.diameter)
             initials: row.initials
             disc: row.disc
             ringColor: Theme.dark ? row.ring.dark : row.ring.light

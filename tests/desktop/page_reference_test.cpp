@@ -15,7 +15,8 @@ namespace {
 class PageReference : public testing::TestWithParam<std::tuple<std::string, Appearance>> {};
 
 INSTANTIATE_TEST_SUITE_P(EveryPicture, PageReference,
-                         testing::Combine(testing::Values("person", "person-narrow", "form", "long", "setup"),
+                         testing::Combine(testing::Values("person", "person-narrow", "form", "form-error", "form-quiet",
+                                                          "long", "setup"),
                                           testing::Values(Appearance::light, Appearance::dark)));
 
 INSTANTIATE_TEST_SUITE_P(QueuePicture, PageReference,
