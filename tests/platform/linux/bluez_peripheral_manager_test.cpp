@@ -136,6 +136,7 @@ struct BluezTest : testing::Test {
 
     int count = 0;
     QCoreApplication application{count, nullptr};
+    LastDeletions lastDeletions;
     QtMainThread mainThread;
     NetworkThread network;
     BluezPeripheralManagers managers{mainThread.executor(), network.makeWorkerQueue()};

@@ -106,7 +106,7 @@ TEST_F(LinuxHostTest, itEndsQuicklyWithEverythingUnderWay) {
         connection.waitForClose();
     });
     auto session = host->urlLoading().makeSession({});
-    const Executor queue = host->background().makeSerialQueue();
+    Executor queue = host->background().makeSerialQueue();
     auto webSocketSession = host->webSockets().makeSession(queue);
     const auto witness = std::make_shared<int>();
     for (int i = 0; i < 10; ++i) {
@@ -136,6 +136,7 @@ TEST_F(LinuxHostTest, itEndsQuicklyWithEverythingUnderWay) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
     webSocketSession.reset();
     session.reset();
+    queue = {};
     host.reset();
     EXPECT_EQ(witness.use_count(), 1) << "a task is still there";
 }

@@ -47,6 +47,7 @@ struct NotificationTest : testing::Test {
 
     int count = 0;
     QCoreApplication application{count, nullptr};
+    LastDeletions lastDeletions;
     support::TemporaryFolder folder;
     QtMainThread mainThread;
     NetworkThread network;

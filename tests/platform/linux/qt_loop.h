@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QEvent>
 #include <QEventLoop>
 #include <QTimer>
 
@@ -20,5 +21,14 @@ inline bool runUntil(const std::function<bool()>& isDone, std::chrono::milliseco
     }
     return isDone();
 }
+
+/// Deletes, when its scope ends, what was to be deleted later: no loop runs any more that would. Declared right after
+/// the application.
+struct LastDeletions {
+    LastDeletions() = default;
+    ~LastDeletions() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+    LastDeletions(const LastDeletions&) = delete;
+    LastDeletions& operator=(const LastDeletions&) = delete;
+};
 
 }  // namespace zelkovanta::platform::linux_host

@@ -17,6 +17,7 @@ namespace {
 struct SoundPlayerTest : testing::Test {
     int count = 0;
     QCoreApplication application{count, nullptr};
+    LastDeletions lastDeletions;
     support::TemporaryFolder folder;
 
     SoundPlayerTest() {
