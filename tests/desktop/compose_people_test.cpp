@@ -11,9 +11,6 @@ namespace zelkovanta::desktop_test {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 void collectTexts(const QQuickItem* item, std::vector<std::string>& into) {
     if (!item->isVisible()) {

@@ -35,6 +35,7 @@ struct DaemonQuirks {
 };
 
 /// For the messages of tests.
+// NOLINTNEXTLINE(readability-identifier-naming): the name that GoogleTest calls
 inline void PrintTo(const DaemonQuirks& quirks, std::ostream* out) {
     *out << quirks.name;
 }
