@@ -26,7 +26,6 @@ WIDTH, HEIGHT = 480, 720
 WHITE = b"\xff\xff\xff"
 SIGNAL_COLOR = "#FF00FE"
 SIGNAL_PIXEL = b"\xfe\x00\xff"
-QUEUE_ROWS = 12
 
 
 class Measurement:
@@ -65,13 +64,10 @@ class Measurement:
         computer = self.start_ours()
         self.stage.approve("--role", "room", "--room", ROOM)
         self.stage.order("type", "ready", "--color", SIGNAL_COLOR)
-        signal = self.send()
+        signal = self.stage.order("send", "--room", ROOM, "--type", "ready")
         self.screen.until("the signal shows", lambda: self.screen.holds(SIGNAL_PIXEL))
         self.end(computer)
         return signal
-
-    def send(self):
-        return self.stage.order("send", "--room", ROOM, "--type", "ready")
 
     def starts(self):
         frames, snapshots, bare_frames = [], [], []
@@ -86,10 +82,8 @@ class Measurement:
             self.end(process)
         return statistics.median(frames), statistics.median(snapshots), statistics.median(bare_frames)
 
-    def memory_after_30_seconds(self, start, shown=None):
+    def memory_after_30_seconds(self, start):
         process, _, _ = self.first_frame(start)
-        if shown:
-            self.screen.until("the rows", lambda: self.screen.holds(shown))
         self.processes.pause(30)
         with open(f"/proc/{process.pid}/smaps_rollup", encoding="ascii") as file:
             pss = next(int(line.split()[1]) for line in file if line.startswith("Pss:"))
@@ -130,16 +124,9 @@ def main():
             measurement = Measurement(stage, build)
             signal = measurement.set_up()
             frame, snapshot, bare_frame = measurement.starts()
+            stage.order("cancel", signal)
             figures = [figure("start.first_frame", frame, "ms", bare_frame),
                        figure("start.first_snapshot", snapshot, "ms", bare_frame)]
-            signals = [signal] + [measurement.send() for _ in range(QUEUE_ROWS - 1)]
-            frame, _, bare_frame = measurement.starts()
-            figures.append(figure("start.queue", frame, "ms", bare_frame))
-            figures.append(figure("memory.queue",
-                                  measurement.memory_after_30_seconds(measurement.start_ours, SIGNAL_PIXEL), "MB",
-                                  measurement.memory_after_30_seconds(measurement.start_bare)))
-            for signal in signals:
-                stage.order("cancel", signal)
             figures.append(figure("memory.window", measurement.memory_after_30_seconds(measurement.start_ours), "MB",
                                   measurement.memory_after_30_seconds(measurement.start_bare)))
             ours, bare = measurement.idle_minute()
