@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <malloc.h>
 #include <system_error>
 
 #include <QGuiApplication>
@@ -36,6 +37,11 @@ void chooseRendering() {
     }
 }
 
+/// Each thread would begin a heap of its own, and all of them wait more than they allocate.
+void shareOneHeap() {
+    ::mallopt(M_ARENA_MAX, 1);
+}
+
 /// Where the lock and the socket of this login lie.
 QString instanceFolder(const FileRoots& roots) {
     const std::filesystem::path folder = roots.runtime.value_or(roots.data / "zelkovanta");
@@ -57,6 +63,7 @@ int startedBefore(SingleInstance::Start start) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    shareOneHeap();
     const auto profile =
         zelkovanta::platform::linux_host::profileFrom(zelkovanta::platform::linux_host::processEnvironment());
     if (!profile) {
