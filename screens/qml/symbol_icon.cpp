@@ -2,6 +2,12 @@
 
 #include "screens/qml/symbols.h"
 
+#include <QImage>
+#include <QPainter>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGTexture>
+
 namespace zelkovanta::screens::qml {
 
 namespace {
@@ -10,9 +16,9 @@ constexpr double usualSide = 16;
 
 }  // namespace
 
-SymbolIcon::SymbolIcon(QQuickItem* parent) : QQuickPaintedItem(parent) {
+SymbolIcon::SymbolIcon(QQuickItem* parent) : QQuickItem(parent) {
     setImplicitSize(usualSide, usualSide);
-    setAntialiasing(true);
+    setFlag(ItemHasContents);
 }
 
 void SymbolIcon::setSymbol(const QString& symbol) {
@@ -31,10 +37,34 @@ void SymbolIcon::setColor(const QColor& color) {
     }
 }
 
-void SymbolIcon::paint(QPainter* painter) {
-    if (!symbol_.isEmpty()) {
-        paintSymbol(*painter, symbol_, color_, boundingRect());
+void SymbolIcon::itemChange(ItemChange change, const ItemChangeData& data) {
+    QQuickItem::itemChange(change, data);
+    if (change == ItemDevicePixelRatioHasChanged) {
+        update();
     }
+}
+
+QSGNode* SymbolIcon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
+    const QSize pixels = (size() * window()->effectiveDevicePixelRatio()).toSize();
+    if (symbol_.isEmpty() || pixels.isEmpty()) {
+        delete old;
+        return nullptr;
+    }
+    auto* node = static_cast<QSGImageNode*>(old);
+    if (node == nullptr) {
+        node = window()->createImageNode();
+        node->setOwnsTexture(true);
+    }
+    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    {
+        QPainter painter(&image);
+        paintSymbol(painter, symbol_, color_, QRectF{QPointF{}, QSizeF{pixels}});
+    }
+    // A copy, since an image that was painted on keeps the painter's workshop, which is many times its size.
+    node->setTexture(window()->createTextureFromImage(image.copy()));
+    node->setRect(boundingRect());
+    return node;
 }
 
 }  // namespace zelkovanta::screens::qml

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QColor>
-#include <QQuickPaintedItem>
+#include <QQuickItem>
 #include <QString>
 #include <QtQmlIntegration>
 
@@ -9,7 +9,7 @@ namespace zelkovanta::screens::qml {
 
 /// A symbol of the program in one colour, crisp at every size and scale. Says nothing to a screen reader: what it
 /// stands on has the name.
-class SymbolIcon : public QQuickPaintedItem {
+class SymbolIcon : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString symbol READ symbol WRITE setSymbol NOTIFY symbolChanged REQUIRED)
@@ -23,11 +23,13 @@ public:
     [[nodiscard]] const QColor& color() const { return color_; }
     void setColor(const QColor& color);
 
-    void paint(QPainter* painter) override;
-
 Q_SIGNALS:
     void symbolChanged();
     void colorChanged();
+
+protected:
+    QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData* data) override;
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
 
 private:
     QString symbol_;
