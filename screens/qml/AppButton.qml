@@ -42,13 +42,15 @@ PressButton {
         }
     }
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitWidth: face.implicitWidth + 2 * horizontalPadding
     implicitHeight: 30
     horizontalPadding: 12
     opacity: enabled ? 1 : 0.45
     spokenName: text
 
     contentItem: Item {
+        id: face
+
         implicitWidth: label.implicitWidth + (control.symbol !== "" ? 24 : 0)
 
         SymbolIcon {
@@ -74,7 +76,7 @@ PressButton {
     }
 
     background: Rectangle {
-        radius: height / 2
+        radius: visible ? height / 2 : 0
         color: control.down ? Qt.darker(control.fill, 1.15) : control.fill
         border.width: control.fill.a > 0 ? 0 : 1
         border.color: control.kind === AppButton.Warn ? Theme.redText : Theme.hairline

@@ -154,7 +154,9 @@ T.ComboBox {
             model: control.popup.visible ? control.delegateModel : null
             currentIndex: control.highlightedIndex
             boundsBehavior: Flickable.StopAtBounds
-            T.ScrollBar.vertical: AppScrollBar {}
+            AppScrollBar {
+                of: entries
+            }
 
             ReadingOrder {
                 of: entries.contentItem

@@ -1,23 +1,23 @@
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// One line of typed text.
-T.TextField {
+TextInput {
     id: control
 
     required property string label
+    property string placeholderText: ""
 
-    implicitHeight: 32
+    height: 32
     leftPadding: 10
     rightPadding: 10
     color: Theme.primary
-    placeholderTextColor: Theme.tertiary
     selectedTextColor: Theme.ink
     selectionColor: Theme.accent
     font.pixelSize: Theme.textSize
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true
+    activeFocusOnTab: true
 
     Accessible.role: Accessible.EditableText
     Accessible.name: label
@@ -29,14 +29,19 @@ T.TextField {
         visible: control.length === 0 && control.preeditText === ""
         text: control.placeholderText
         textFormat: Text.PlainText
-        color: control.placeholderTextColor
+        color: Theme.tertiary
         elide: Text.ElideRight
-        font: control.font
+        font.pixelSize: control.font.pixelSize
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }
 
-    background: Rectangle {
+    HoverHandler {
+        cursorShape: Qt.IBeamCursor
+    }
+    Rectangle {
+        anchors.fill: parent
+        z: -1
         radius: Theme.radius
         color: Theme.card
         border.width: control.activeFocus ? 2 : 1

@@ -10,7 +10,7 @@ Rectangle {
     visible: spec.text !== ""
     implicitWidth: visible ? Math.ceil(label.implicitWidth) + 16 : 0
     implicitHeight: Math.ceil(label.implicitHeight) + 6
-    radius: 8
+    radius: visible ? 8 : 0
     color: spec.fill
 
     Words {

@@ -67,8 +67,8 @@ PressButton {
         }
     }
 
-    Tip {
+    TipPlace {
         text: control.spokenName
-        visible: control.hovered && !control.down
+        shown: control.hovered && !control.down
     }
 }

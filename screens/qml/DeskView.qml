@@ -1,105 +1,144 @@
 import QtQuick
-import QtQuick.Layouts
 import ZelkoVanta.Screens
 
-/// A paired computer: who it is, how it is connected, its queues, and the way to a form.
-ColumnLayout {
+/// A paired computer: who it is, how it is connected, its queues, and the way to a form. What not every computer shows
+/// is made where it is shown, and no library of layouts is needed for what stands one below the other.
+Item {
     id: desk
 
     required property PageModel page
     required property bool inSight
+
+    readonly property real inner: width - 2 * Theme.margin
 
     /// The keyboard is back from a form.
     function comeBack() {
         fab.forceActiveFocus(Qt.OtherFocusReason);
     }
 
-    spacing: 0
+    Column {
+        id: top
 
-    RowLayout {
-        Layout.margins: Theme.margin
-        Layout.bottomMargin: 6
-        spacing: 8
+        width: parent.width
 
-        ColumnLayout {
-            Layout.fillWidth: true
-            spacing: 2
+        Item {
+            width: parent.width
+            height: Theme.margin + Math.max(names.height, status.height) + 6
 
-            Words {
-                Layout.fillWidth: true
-                text: desk.page.title
-                font.pixelSize: Theme.titleSize
-                font.weight: Font.DemiBold
-                Accessible.role: Accessible.Heading
+            Column {
+                id: names
+                x: Theme.margin
+                y: Theme.margin + (parent.height - Theme.margin - 6 - height) / 2
+                width: desk.inner - (status.active ? status.width + 8 : 0)
+                spacing: 2
+
+                Words {
+                    width: parent.width
+                    height: Math.ceil(implicitHeight)
+                    text: desk.page.title
+                    font.pixelSize: Theme.titleSize
+                    font.weight: Font.DemiBold
+                    Accessible.role: Accessible.Heading
+                }
+                Caption {
+                    width: parent.width
+                    height: Math.ceil(implicitHeight)
+                    text: desk.page.subtitle
+                }
             }
+            Loader {
+                id: status
+                x: parent.width - Theme.margin - width
+                y: Theme.margin + (parent.height - Theme.margin - 6 - height) / 2
+                active: desk.page.queue.hasStatus
+                Component.onCompleted: setSource("MemberStatusControl.qml", {
+                    screen: desk.page.queue
+                })
+            }
+        }
+        ConnectionBanner {
+            x: Theme.margin
+            width: desk.inner
+            text: desk.page.queue.bannerText
+            spins: desk.page.queue.bannerSpins
+            inSight: desk.inSight && desk.visible
+        }
+        Item {
+            width: parent.width
+            height: Theme.margin + signOut.height
+            visible: desk.page.signedInName !== ""
+
             Caption {
-                Layout.fillWidth: true
-                text: desk.page.subtitle
+                x: Theme.margin
+                width: signOut.x - 8 - x
+                anchors.verticalCenter: signOut.verticalCenter
+                text: qsTr("Signed in · %@").split("%@").join(desk.page.signedInName)
+                font.pixelSize: Theme.textSize
+            }
+            AppButton {
+                id: signOut
+                x: parent.width - Theme.margin - width
+                y: Theme.margin
+                text: qsTr("Sign out")
+                onClicked: desk.page.signOut()
             }
         }
-        MemberStatusControl {
-            screen: desk.page.queue
-        }
-    }
-    ConnectionBanner {
-        Layout.fillWidth: true
-        Layout.leftMargin: Theme.margin
-        Layout.rightMargin: Theme.margin
-        text: desk.page.queue.bannerText
-        spins: desk.page.queue.bannerSpins
-        inSight: desk.inSight && desk.visible
-    }
-    RowLayout {
-        Layout.margins: Theme.margin
-        Layout.bottomMargin: 0
-        visible: desk.page.signedInName !== ""
-        spacing: 8
+        Item {
+            width: parent.width
+            height: Theme.margin + station.height
+            visible: station.active
 
-        Caption {
-            Layout.fillWidth: true
-            text: qsTr("Signed in · %@").split("%@").join(desk.page.signedInName)
-            font.pixelSize: Theme.textSize
+            Loader {
+                id: station
+                x: Theme.margin
+                y: Theme.margin
+                width: desk.inner
+                active: desk.page.asksForRoom
+                Component.onCompleted: setSource("RoomChoice.qml", {
+                    page: desk.page
+                })
+            }
         }
-        AppButton {
-            text: qsTr("Sign out")
-            onClicked: desk.page.signOut()
+        Item {
+            width: parent.width
+            height: Theme.margin + hint.height
+            visible: hint.text !== ""
+
+            Caption {
+                id: hint
+                x: Theme.margin
+                y: Theme.margin
+                width: desk.inner
+                height: Math.ceil(implicitHeight)
+                text: desk.page.hint
+                font.pixelSize: Theme.textSize
+                maximumLineCount: 3
+                wrapMode: Text.Wrap
+            }
         }
     }
-    AppChoice {
-        id: station
-        Layout.fillWidth: true
-        Layout.margins: Theme.margin
-        Layout.bottomMargin: 0
-        visible: desk.page.asksForRoom
-        label: qsTr("Current room")
-        prompt: qsTr("Choose a room…")
-        choices: desk.page.rooms
-        onChosen: choiceId => {
-            desk.page.chooseRoom(choiceId);
-            show(desk.page.confirmedRoomId);
+    Loader {
+        id: signIn
+
+        y: top.height
+        width: parent.width
+        height: bottom.y - y
+        active: desk.page.asksForSignIn
+        Component.onCompleted: setSource("SignInView.qml", {
+            page: desk.page
+        })
+
+        Binding {
+            target: signIn.item
+            property: "inSight"
+            value: desk.inSight && desk.visible
         }
-    }
-    Caption {
-        Layout.fillWidth: true
-        Layout.margins: Theme.margin
-        Layout.bottomMargin: 0
-        text: desk.page.hint
-        font.pixelSize: Theme.textSize
-        maximumLineCount: 3
-        wrapMode: Text.Wrap
-    }
-    SignInView {
-        Layout.fillWidth: true
-        Layout.fillHeight: true
-        visible: desk.page.asksForSignIn
-        page: desk.page
-        inSight: desk.inSight && desk.visible
     }
     QueueLists {
-        Layout.fillWidth: true
-        Layout.fillHeight: true
-        Layout.margins: Theme.margin
-        Layout.bottomMargin: 0
+        x: Theme.margin
+        y: top.height + Theme.margin
+        width: desk.inner
+        height: Math.max(0, bottom.y - y)
         visible: !desk.page.asksForSignIn
         screen: desk.page.queue
         showsReceived: desk.page.showsReceived
@@ -115,27 +154,33 @@ ColumnLayout {
             onClicked: desk.page.openCompose()
         }
     }
-    Caption {
-        Layout.fillWidth: true
-        Layout.leftMargin: Theme.margin
-        Layout.rightMargin: Theme.margin
-        Layout.bottomMargin: 8
-        text: desk.page.error
-        color: Theme.red
-        font.pixelSize: Theme.textSize
-        maximumLineCount: 3
-        wrapMode: Text.Wrap
-        Accessible.role: Accessible.AlertMessage
-    }
-    UnlinkCorner {
-        Layout.fillWidth: true
-        page: desk.page
-    }
+    Column {
+        id: bottom
 
-    Connections {
-        target: desk.page
-        function onPageChanged() {
-            station.show(desk.page.confirmedRoomId);
+        y: parent.height - height
+        width: parent.width
+
+        Item {
+            width: parent.width
+            height: error.height + 8
+            visible: error.text !== ""
+
+            Caption {
+                id: error
+                x: Theme.margin
+                width: desk.inner
+                height: Math.ceil(implicitHeight)
+                text: desk.page.error
+                color: Theme.red
+                font.pixelSize: Theme.textSize
+                maximumLineCount: 3
+                wrapMode: Text.Wrap
+                Accessible.role: Accessible.AlertMessage
+            }
+        }
+        UnlinkCorner {
+            width: parent.width
+            page: desk.page
         }
     }
 }

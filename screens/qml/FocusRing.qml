@@ -11,5 +11,5 @@ Rectangle {
     color: "transparent"
     border.width: 2
     border.color: Theme.focusRing
-    radius: height / 2
+    radius: shown ? height / 2 : 0
 }

@@ -35,8 +35,8 @@ PressButton {
         }
     }
 
-    Tip {
+    TipPlace {
         text: control.tip
-        visible: control.tip !== "" && control.hovered && !control.down
+        shown: control.hovered && !control.down
     }
 }

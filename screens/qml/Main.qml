@@ -15,11 +15,21 @@ Window {
 
     readonly property bool inSight: visible && visibility !== Window.Minimized
 
-    SetupView {
+    // What is not to be seen is not made, which most computers never need.
+    Loader {
+        id: setup
+
         anchors.fill: parent
-        visible: !window.page.paired
-        page: window.page
-        inSight: window.inSight
+        active: !window.page.paired
+        Component.onCompleted: setSource("SetupView.qml", {
+            page: window.page
+        })
+
+        Binding {
+            target: setup.item
+            property: "inSight"
+            value: window.inSight
+        }
     }
     DeskView {
         id: desk

@@ -1,9 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
+import ZelkoVanta.Screens
 
 /// What every button shares: it is pressed with the mouse, the keyboard or a screen reader. What it looks like is up to
 /// whoever stands on it.
-T.Button {
+Press {
     id: control
 
     required property string spokenName
@@ -15,8 +15,6 @@ T.Button {
             control.clicked();
         }
     }
-
-    focusPolicy: Qt.StrongFocus
 
     Accessible.role: Accessible.Button
     Accessible.name: spokenName

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// A queue. Its clock runs only while somebody can see a row.
@@ -55,7 +54,9 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: label
 
-    T.ScrollBar.vertical: AppScrollBar {}
+    AppScrollBar {
+        of: list
+    }
 
     delegate: QueueRow {
         id: entry
@@ -82,7 +83,7 @@ ListView {
         Keys.onDownPressed: list.step(entry.index, 1, Qt.TabFocusReason)
         ListView.onRemove: if (entered) {
             list.vacated = list.entered;
-            list.cameBy = (list.Window.activeFocusItem as T.Button)?.focusReason ?? Qt.OtherFocusReason;
+            list.cameBy = (list.Window.activeFocusItem as Press)?.focusReason ?? Qt.OtherFocusReason;
         }
         // A row that waits for its next use is none for a screen reader, and none for the keyboard.
         ListView.onPooled: {

@@ -34,7 +34,7 @@ PressButton {
                 visible: control.tab.badge !== ""
                 width: Math.max(height, number.implicitWidth + 10)
                 height: number.implicitHeight + 2
-                radius: height / 2
+                radius: visible ? height / 2 : 0
                 color: control.tab.badgeFill
 
                 Digits {
@@ -51,14 +51,14 @@ PressButton {
     }
 
     background: Rectangle {
-        radius: Theme.radius
+        radius: visible ? Theme.radius : 0
         color: Theme.dark ? control.tab.fill.dark : control.tab.fill.light
         border.width: control.tab.selected ? 0 : 1
         border.color: Theme.dark ? control.tab.outline.dark : control.tab.outline.light
 
         FocusRing {
             shown: control.visualFocus
-            radius: Theme.radius + 3
+            radius: shown ? Theme.radius + 3 : 0
         }
     }
 }

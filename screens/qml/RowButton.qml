@@ -10,17 +10,17 @@ PressButton {
 
     visible: spec.shown
     text: spec.text
-    horizontalPadding: spec.horizontalPadding
-    verticalPadding: spec.verticalPadding
-    implicitWidth: spec.shown ? Math.ceil(implicitContentWidth) + leftPadding + rightPadding : 0
-    implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
+    implicitWidth: spec.shown ? Math.ceil(face.implicitWidth) + 2 * spec.horizontalPadding : 0
+    implicitHeight: Math.ceil(face.implicitHeight) + 2 * spec.verticalPadding
     spokenName: spec.name
 
     // The keyboard stays in the row when its button goes.
     onSpecChanged: if (!spec.shown && activeFocus)
-        nextItemInFocusChain().forceActiveFocus(focusReason)
+        control.nextItemInFocusChain().forceActiveFocus(control.focusReason)
 
     contentItem: Item {
+        id: face
+
         implicitWidth: control.spec.symbol !== "" ? symbol.implicitWidth : label.implicitWidth
         implicitHeight: control.spec.symbol !== "" ? symbol.implicitHeight : label.implicitHeight
 
@@ -44,7 +44,7 @@ PressButton {
     }
 
     background: Rectangle {
-        radius: height / 2
+        radius: visible ? height / 2 : 0
         color: control.down ? Qt.darker(control.spec.fill, 1.2) : control.spec.fill
         border.width: control.spec.outline.a > 0 ? 1 : 0
         border.color: control.spec.outline

@@ -1,6 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// A computer that belongs to no office yet: a code to be scanned, and a field for one to be typed.
@@ -8,14 +6,16 @@ Flickable {
     id: setup
 
     required property PageModel page
-    required property bool inSight
+    property bool inSight: false
 
     contentHeight: content.height + 2 * content.y
     clip: true
     boundsBehavior: Flickable.StopAtBounds
-    T.ScrollBar.vertical: AppScrollBar {}
+    AppScrollBar {
+        of: setup
+    }
 
-    ColumnLayout {
+    Column {
         id: content
 
         x: (setup.width - width) / 2
@@ -24,14 +24,16 @@ Flickable {
         spacing: 12
 
         Words {
-            Layout.alignment: Qt.AlignHCenter
+            anchors.horizontalCenter: parent.horizontalCenter
+            height: Math.ceil(implicitHeight)
             text: qsTr("Set up this computer")
             font.pixelSize: Theme.titleSize
             font.weight: Font.DemiBold
             Accessible.role: Accessible.Heading
         }
         Caption {
-            Layout.fillWidth: true
+            width: parent.width
+            height: Math.ceil(implicitHeight)
             text: setup.page.setupNotice
             color: Theme.red
             font.pixelSize: Theme.textSize
@@ -40,7 +42,7 @@ Flickable {
             wrapMode: Text.Wrap
         }
         QrCodeCard {
-            Layout.fillWidth: true
+            width: parent.width
             spokenName: qsTr("Setup code")
             file: setup.page.setupImage
             hasImage: setup.page.hasSetupImage
@@ -50,18 +52,20 @@ Flickable {
             caption: qsTr("Scan with the ZelkoVanta app, or type a pairing code from the web admin.")
         }
         Caption {
-            Layout.fillWidth: true
+            width: parent.width
+            height: Math.ceil(implicitHeight)
             text: setup.page.setupError
             color: Theme.red
             font.pixelSize: Theme.textSize
             horizontalAlignment: Text.AlignHCenter
         }
-        RowLayout {
-            spacing: 8
+        Item {
+            width: parent.width
+            height: code.height
 
             AppField {
                 id: code
-                Layout.fillWidth: true
+                width: pair.x - 8
                 label: qsTr("Pairing code")
                 placeholderText: "XXXX-XXXX"
                 // Also what a screen reader writes, which is not told as typed.
@@ -75,7 +79,9 @@ Flickable {
                 onAccepted: setup.page.pair()
             }
             AppButton {
-                implicitHeight: 32
+                id: pair
+                x: parent.width - width
+                height: code.height
                 kind: AppButton.Primary
                 enabled: setup.page.mayPair
                 text: setup.page.pairing ? qsTr("Pairing…") : qsTr("Pair device")
@@ -83,7 +89,8 @@ Flickable {
             }
         }
         Caption {
-            Layout.fillWidth: true
+            width: parent.width
+            height: Math.ceil(implicitHeight)
             text: setup.page.pairingError
             color: Theme.red
             maximumLineCount: 4

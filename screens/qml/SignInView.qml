@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// A computer at which somebody has to sign in first: a code to be scanned, which changes by itself.
@@ -8,17 +7,20 @@ Flickable {
     id: view
 
     required property PageModel page
-    required property bool inSight
+    property bool inSight: false
 
     readonly property bool lookedAt: visible && inSight && page.asksForSignIn
 
     onLookedAtChanged: page.lookAtSignInCode(lookedAt)
     Component.onCompleted: page.lookAtSignInCode(lookedAt)
+    Component.onDestruction: page.lookAtSignInCode(false)
 
     contentHeight: content.height + 2 * content.y
     clip: true
     boundsBehavior: Flickable.StopAtBounds
-    T.ScrollBar.vertical: AppScrollBar {}
+    AppScrollBar {
+        of: view
+    }
 
     ColumnLayout {
         id: content

@@ -36,7 +36,7 @@ Item {
             y: spinner.side / 2 - Math.cos(turn) * (spinner.side - dot) / 2 - dot / 2
             width: dot
             height: dot
-            radius: dot / 2
+            radius: visible ? dot / 2 : 0
             color: spinner.tint
             opacity: 0.25 + 0.75 * ((index - spinner.step + 8) % 8) / 7
         }

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
 /// Where from, what, and for whom: the scrolling part of the form. Only the rows in sight are made, however many people
@@ -45,7 +44,9 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: compose.whoTitle
 
-    T.ScrollBar.vertical: AppScrollBar {}
+    AppScrollBar {
+        of: list
+    }
 
     // Above the first row, and scrolled with it. A header of the list's own could not see this form.
     topMargin: head.height

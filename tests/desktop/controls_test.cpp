@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 
+#include <QTest>
 #include <gtest/gtest.h>
 
 /// What every control does for the keyboard and for a screen reader, looked at in what it sets off.
@@ -106,6 +107,51 @@ TEST_P(EveryControl, showsThatTheKeyboardIsThere) {
         << "it stands around the control";
 }
 
+class EveryButton : public EveryControl {
+protected:
+    QQuickItem* button = piece.item("control");
+    QPoint inside = button->mapToScene({button->width() / 2, button->height() / 2}).toPoint();
+    QPoint outside = inside + QPoint(0, 60);
+};
+
+INSTANTIATE_TEST_SUITE_P(Buttons, EveryButton, testing::ValuesIn(buttons));
+
+TEST_P(EveryButton, isPressedByAMouseThatIsLetGoOnIt) {
+    QTest::mousePress(piece.window.get(), Qt::LeftButton, {}, inside);
+    EXPECT_TRUE(button->property("down").toBool());
+    EXPECT_TRUE(button->hasActiveFocus());
+    EXPECT_EQ(piece.presses(), 0);
+    QTest::mouseRelease(piece.window.get(), Qt::LeftButton, {}, inside);
+    EXPECT_FALSE(button->property("down").toBool());
+    EXPECT_EQ(piece.presses(), 1);
+    QTest::mouseDClick(piece.window.get(), Qt::LeftButton, {}, inside);
+    EXPECT_EQ(piece.presses(), 3) << "two quick presses are two";
+    QTest::mouseClick(piece.window.get(), Qt::RightButton, {}, inside);
+    EXPECT_EQ(piece.presses(), 3);
+}
+
+TEST_P(EveryButton, isNotPressedByAMouseThatHasLeftIt) {
+    QTest::mousePress(piece.window.get(), Qt::LeftButton, {}, inside);
+    QTest::mouseMove(piece.window.get(), outside);
+    EXPECT_FALSE(button->property("down").toBool());
+    QTest::mouseRelease(piece.window.get(), Qt::LeftButton, {}, outside);
+    EXPECT_EQ(piece.presses(), 0);
+}
+
+TEST_P(EveryButton, givesAPressUpWhenTheKeyboardGoesOrItMayNotBePressedAnyMore) {
+    piece.focus("control");
+    QTest::keyPress(piece.window.get(), Qt::Key_Space);
+    EXPECT_TRUE(button->property("down").toBool());
+    piece.focus("around");
+    EXPECT_FALSE(button->property("down").toBool());
+    QTest::keyRelease(piece.window.get(), Qt::Key_Space);
+    QTest::mousePress(piece.window.get(), Qt::LeftButton, {}, inside);
+    button->setEnabled(false);
+    EXPECT_FALSE(button->property("down").toBool());
+    QTest::mouseRelease(piece.window.get(), Qt::LeftButton, {}, inside);
+    EXPECT_EQ(piece.presses(), 0);
+}
+
 class EveryEntry : public EveryControl {};
 
 INSTANTIATE_TEST_SUITE_P(Entries, EveryEntry, testing::ValuesIn(entries));
@@ -119,6 +165,35 @@ TEST(DisabledButton, cannotBePressedByAScreenReaderEither) {
     Piece piece(R"(AppButton { text: "Send"; enabled: false; onClicked: ++window.presses })");
     piece.act(piece.node(QAccessible::Button), QAccessibleActionInterface::pressAction());
     EXPECT_EQ(piece.presses(), 0);
+}
+
+TEST(ScrollBar, showsAndTakesTheListAlong) {
+    Piece piece(
+        R"(ListView { id: list; objectName: "list"; width: 100; height: 100; model: 50; delegate: Item { height: 20 }
+                              bottomMargin: 100
+                              AppScrollBar { objectName: "bar"; of: list } })");
+    const QQuickItem* const list = piece.item("list");
+    const QQuickItem* const bar = piece.item("bar");
+    const double end = 50 * 20 + 100 - 100;
+    const int x = static_cast<int>(bar->x() + bar->width() / 2);
+    ASSERT_TRUE(bar->isVisible());
+    EXPECT_EQ(bar->x() + bar->width(), list->width());
+    QTest::mousePress(piece.window.get(), Qt::LeftButton, {}, {x, 3});
+    EXPECT_EQ(list->property("contentY").toDouble(), 0) << "it is taken where it is";
+    QTest::mouseMove(piece.window.get(), {x, 49});
+    EXPECT_NEAR(list->property("contentY").toDouble(), end / 2, end / 10);
+    QTest::mouseMove(piece.window.get(), {x, 150});
+    EXPECT_NEAR(list->property("contentY").toDouble(), end, 1);
+    QTest::mouseRelease(piece.window.get(), Qt::LeftButton, {}, {x, 150});
+    EXPECT_NEAR(list->property("contentY").toDouble(), end, 1);
+    QTest::mouseClick(piece.window.get(), Qt::LeftButton, {}, {x, 50});
+    EXPECT_NEAR(list->property("contentY").toDouble(), end / 2, end / 10) << "a press beside it brings it there";
+}
+
+TEST(ScrollBar, isNotThereWhereEverythingIsInSight) {
+    Piece piece(R"(ListView { id: list; width: 100; height: 100; model: 4; delegate: Item { height: 20 }
+                              AppScrollBar { objectName: "bar"; of: list } })");
+    EXPECT_FALSE(piece.item("bar")->isVisible());
 }
 
 TEST(Field, isOutlinedWhileItHasTheKeyboard) {

@@ -1,5 +1,8 @@
 #include "tests/desktop/page_fixture.h"
 
+#include <set>
+#include <string>
+
 #include <gtest/gtest.h>
 
 namespace zelkovanta::desktop_test {
@@ -64,6 +67,36 @@ TEST_F(DeskPage, aRoomComputerShowsWhatItSent) {
     EXPECT_FALSE(page.says("Nothing sent yet."));
     EXPECT_TRUE(page.shows(QAccessible::Button, "Cancel"));
     EXPECT_FALSE(page.shows(QAccessible::Button, "On my way"));
+}
+
+/// What a window is made of that not every computer shows, by type.
+std::set<std::string> specialPartsOf(const QQuickWindow& window) {
+    std::set<std::string> found;
+    for (const QObject* object : window.findChildren<QObject*>()) {
+        const std::string type = object->metaObject()->className();
+        for (const char* part : {"SetupView", "SignInView", "RoomChoice", "MemberStatusControl"}) {
+            if (type.starts_with(part)) {
+                found.insert(part);
+            }
+        }
+        if (object->inherits("QQuickControl") || object->inherits("QQuickPopup")) {
+            found.insert("a control of the toolkit");
+        }
+    }
+    return found;
+}
+
+TEST_F(DeskPage, whatARoomComputerDoesNotShowIsNotMade) {
+    openRoom();
+    page.computer.deliverCreated(call("call-1"));
+    page.settle();
+    EXPECT_EQ(specialPartsOf(*page.window), std::set<std::string>{});
+}
+
+TEST_F(DeskPage, aWorkstationHasItsChoices) {
+    openStation();
+    EXPECT_EQ(specialPartsOf(*page.window),
+              (std::set<std::string>{"RoomChoice", "MemberStatusControl", "a control of the toolkit"}));
 }
 
 TEST_F(DeskPage, aConnectionIsToldWhileItIsNotThere) {

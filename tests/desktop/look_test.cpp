@@ -13,6 +13,7 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
+#include <QTest>
 #include <gtest/gtest.h>
 
 /// Colours, symbols and the small things that are drawn with them.
@@ -254,18 +255,23 @@ TEST(AddButton, standsSixteenFromTheEdgesAndSaysWhatItDoes) {
     }
 }
 
-TEST(AddButton, hasATip) {
+TEST(AddButton, hasATipForThePointer) {
     Piece piece(R"(ComposeFab { objectName: "add"; x: 40; y: 80 })");
     const QQuickItem* const button = piece.item("add");
-    const QObject* tip = nullptr;
-    for (const QObject* child : button->findChildren<QObject*>()) {
-        if (child->property("delay").isValid() && child->property("timeout").isValid()) {
-            tip = child;
+    const auto tip = [button]() -> const QObject* {
+        for (const QObject* child : button->findChildren<QObject*>()) {
+            if (child->property("delay").isValid() && child->property("timeout").isValid()) {
+                return child;
+            }
         }
-    }
-    ASSERT_NE(tip, nullptr);
-    EXPECT_EQ(tip->property("text").toString(), "Send a request");
-    EXPECT_FALSE(tip->property("visible").toBool());
+        return nullptr;
+    };
+    EXPECT_EQ(tip(), nullptr) << "nobody has pointed there";
+    QTest::mouseMove(piece.window.get(), {66, 106});
+    piece.settle();
+    ASSERT_NE(tip(), nullptr);
+    EXPECT_EQ(tip()->property("text").toString(), "Send a request");
+    EXPECT_FALSE(tip()->property("visible").toBool()) << "only once the pointer has rested there";
 }
 
 /// Where each of the digits of a text begins, and where the text ends.

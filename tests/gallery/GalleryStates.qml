@@ -140,7 +140,9 @@ Column {
             clip: true
             spacing: 6
             model: shelf.samples.page.compose.who
-            T.ScrollBar.vertical: AppScrollBar {}
+            AppScrollBar {
+                of: people
+            }
 
             delegate: WhoRow {
                 required property int index
