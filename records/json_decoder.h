@@ -3,6 +3,7 @@
 #include "records/device_role.h"
 #include "records/url.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -125,12 +126,16 @@ bool decode(simdjson::dom::element element, std::optional<Value>& value, Failure
     return decode(element, value.emplace(), failure);
 }
 
+/// Elements of a list that room is made for before any of them was looked at. An office's lists fit in; beyond it the
+/// length of a list that may hold anything would ask for hundreds of times the memory of its text.
+inline constexpr std::size_t roomInAdvance = 8192;
+
 template <class Value>
 bool decode(simdjson::dom::element element, std::vector<Value>& values, Failure& failure) {
     simdjson::dom::array array;
     if (element.get_array().get(array) != simdjson::SUCCESS)
         return failure.expected("not an array");
-    values.reserve(array.size());
+    values.reserve(std::min(array.size(), roomInAdvance));
     for (const simdjson::dom::element item : array) {
         if (!decode(item, values.emplace_back(), failure))
             return false;
