@@ -54,12 +54,12 @@ struct Machine::Handler {
     }
 
     void operator()(const ReceiveFailed& event) const {
-        if (!machine.isCurrent(event.generation)) {
-            return;
-        }
-        if (event.failure.closeCode == tokenRevoked) {
+        if (event.failure.closeCode == tokenRevoked && machine.isNewest(event.generation)) {
             machine.close(turn);
             turn += ReportRevoked{};
+            return;
+        }
+        if (!machine.isCurrent(event.generation)) {
             return;
         }
         if (event.failure.httpStatus == 401) {

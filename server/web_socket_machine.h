@@ -17,7 +17,8 @@
 /// with what is to be done, in order. It has no socket, timer, clock or chance of its own.
 ///
 /// Each attempt to connect has a generation, counted from 1. What comes from an attempt that is not the current one, or
-/// whose socket was cancelled, changes nothing.
+/// whose socket was cancelled, changes nothing; only a revoked token that the newest socket tells of counts even after
+/// that socket was cancelled, until the next attempt begins.
 namespace zelkovanta::server::web_socket {
 
 using Generation = std::uint64_t;
@@ -165,9 +166,8 @@ private:
     struct Turn;
     struct Handler;
 
-    [[nodiscard]] bool isCurrent(Generation generation) const {
-        return generation == generation_ && socketLives_ && !closed_;
-    }
+    [[nodiscard]] bool isNewest(Generation generation) const { return generation == generation_ && !closed_; }
+    [[nodiscard]] bool isCurrent(Generation generation) const { return isNewest(generation) && socketLives_; }
     void connect(Turn& turn);
     void tearDown(Turn& turn);
     void cancelRetry(Turn& turn);

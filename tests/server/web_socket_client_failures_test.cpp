@@ -30,6 +30,21 @@ struct WebSocketClientFailuresTest : WebSocketClientTest {
         }
         return delays;
     }
+
+    /// Connects at the second attempt, whose ping then cannot be sent; gives the socket, which lives on.
+    platform::simulated::SimulatedWebSocketTask& loseASocketWithItsPing() {
+        start();
+        failCurrent({});
+        loop.advance(1s);
+        deliver(pong);
+        auto& socket = sockets.current();
+        socket.outliveCancellation();
+        socket.breakSending();
+        loop.advance(30s);
+        EXPECT_EQ(states.back(), Told(31s, disconnected));
+        told.clear();
+        return socket;
+    }
 };
 
 TEST_F(WebSocketClientFailuresTest, retryDelaysAreTheCurveWithoutLuck) {
@@ -114,23 +129,23 @@ TEST_F(WebSocketClientFailuresTest, aPingThatCannotBeSentEndsTheConnectionOnce) 
     EXPECT_THAT(sockets.tasks(), SizeIs(4)) << "the second failure in a row waits two seconds";
 }
 
-/// Once a ping failed its socket counts for nothing, whatever it says; what the server says to the next one decides.
-TEST_F(WebSocketClientFailuresTest, closeCode4001BehindAFailedPingIsStaleAndTheNextRefusalDecides) {
-    start();
-    failCurrent({});
-    loop.advance(1s);
-    deliver(pong);
-    auto& first = sockets.current();
-    first.outliveCancellation();
-    first.breakSending();
-    loop.advance(30s);
-    ASSERT_EQ(states.back(), Told(31s, disconnected));
-    told.clear();
-    first.fail({.closeCode = 4001, .httpStatus = 101});
+TEST_F(WebSocketClientFailuresTest, closeCode4001BehindAFailedPingStopsForGood) {
+    auto& socket = loseASocketWithItsPing();
+    socket.fail({.closeCode = 4001, .httpStatus = 101});
     loop.runReady();
-    EXPECT_THAT(told, IsEmpty());
+    EXPECT_THAT(told, ElementsAre("state 3", "revoked"));
+    loop.advance(1h);
+    EXPECT_THAT(sockets.tasks(), SizeIs(2)) << "the retry that the failed ping began";
+}
+
+/// Once another attempt has begun, what the server says to that one decides.
+TEST_F(WebSocketClientFailuresTest, closeCode4001OfASocketThatWasSucceededIsStaleAndTheNextRefusalDecides) {
+    auto& old = loseASocketWithItsPing();
     loop.advance(1s);
     ASSERT_THAT(sockets.tasks(), SizeIs(3)) << "the retry that the failed ping began";
+    old.fail({.closeCode = 4001, .httpStatus = 101});
+    loop.runReady();
+    EXPECT_THAT(told, ElementsAre("state 1"));
     failCurrent({.httpStatus = 401});
     EXPECT_THAT(told, ElementsAre("state 1", "unauthorized", "state 0"));
     loop.advance(2s);

@@ -122,6 +122,24 @@ TEST_F(WebSocketMachineTest, aRevocationWhileConnectedStopsForGood) {
     play({{2s, closed(1, 4001), {CancelWatchdogTimer{}, CancelSocket{}, DeliverState{3, stopped}, ReportRevoked{}}}});
 }
 
+TEST_F(WebSocketMachineTest, aRevocationBehindAFailedPingStopsForGoodUntilTheNextAttemptBegins) {
+    startAndConnect();
+    play({
+        {30s, PingSendFailed{1}, {CancelSocket{}, DeliverState{3, disconnected}, SetRetryTimer{1}}},
+        {30s, closed(1, 4001), {CancelWatchdogTimer{}, CancelRetryTimer{}, DeliverState{4, stopped}, ReportRevoked{}}},
+        {30s, closed(1, 4001), {}},
+        {31s, RetryDue{}, {}},
+    });
+    EXPECT_TRUE(machine.isClosed());
+
+    machine = Machine{};
+    startAndConnect();
+    at(30s, PingSendFailed{1});
+    at(31s, RetryDue{});
+    EXPECT_THAT(at(31s, closed(1, 4001)), IsEmpty());
+    EXPECT_EQ(machine.state(), connecting);
+}
+
 TEST_F(WebSocketMachineTest, aRevocationWinsOverTheStatusOfTheOpening) {
     at(0s, Start{});
     const ReceiveFailed both{1, {.closeCode = 4001, .httpStatus = 401}};
