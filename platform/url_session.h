@@ -26,6 +26,7 @@ enum class TransportCause : std::uint8_t {
     tooLarge,            ///< the answer exceeds the size allowed
     badServerResponse,   ///< what came back is not an HTTP response
     cancelled,           ///< given up on this side
+    unsendable,          ///< its method or headers cannot stand in a request
 };
 
 struct TransportError {

@@ -45,6 +45,8 @@ std::string_view sentence(TransportCause cause) {
             return textKey("Something other than the ZelkoVanta server answered. Check the server address.");
         case TransportCause::cancelled:
             return textKey("The request was canceled.");
+        case TransportCause::unsendable:
+            return textKey("The request can't be sent. If that stays so, set this computer up again.");
     }
     std::unreachable();
 }

@@ -154,9 +154,12 @@ public:
             return;
         }
         const auto url = parseUrl(request.url);
-        if (!url || !url->scheme.starts_with("http") || !isHttpToken(request.method) ||
-            !areHttpHeaders(request.headers)) {
+        if (!url || !url->scheme.starts_with("http")) {
             completion(failure(TransportCause::nameNotFound));
+            return;
+        }
+        if (!isHttpToken(request.method) || !areHttpHeaders(request.headers)) {
+            completion(failure(TransportCause::unsendable));
             return;
         }
         const auto proxy = settings_.proxies.proxyFor(url->scheme, url->host);
@@ -223,6 +226,8 @@ private:
         // A name lookup that hangs must not hold the network thread when its exchange is given up.
         curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
         curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
+        // A name and password within the URL are nobody's authorization here.
+        curl_easy_setopt(easy, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_NONE));
         curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
         curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(configuration_.idleTimeout.count()));
         curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, 60L);

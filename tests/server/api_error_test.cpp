@@ -79,7 +79,7 @@ TEST(APIErrorTest, everyCauseOfAFailedExchangeHasASentenceOfItsOwn) {
         TransportCause::noNetwork,   TransportCause::nameNotFound,       TransportCause::refused,
         TransportCause::timedOut,    TransportCause::certificateRefused, TransportCause::proxyFailed,
         TransportCause::interrupted, TransportCause::tooLarge,           TransportCause::badServerResponse,
-        TransportCause::cancelled};
+        TransportCause::cancelled,   TransportCause::unsendable};
     for (const auto cause : causes) {
         const std::string sentence = text(api_error::Transport{{cause}});
         EXPECT_TRUE(sentence.starts_with("<") && sentence.ends_with(".>")) << sentence;

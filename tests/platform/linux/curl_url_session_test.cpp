@@ -280,10 +280,29 @@ TEST_F(CurlUrlSessionTest, aHeaderThatWouldBreakOutOfItsLineIsNotSent) {
         connection.readRequest();
         connection.send(answer(""));
     });
-    const Result result = perform(
-        {.method = "GET", .url = "http://" + server.address(), .headers = {{"Authorization", "Bearer a\r\nX: y"}}});
-    EXPECT_FALSE(result.has_value());
+    const std::string url = "http://" + server.address();
+    const Result unsendable = std::unexpected(TransportError{TransportCause::unsendable});
+    EXPECT_EQ(perform({.method = "GET", .url = url, .headers = {{"Authorization", "Bearer a\r\nX: y"}}}), unsendable);
+    EXPECT_EQ(perform({.method = "GET", .url = url, .headers = {{"X Y", "z"}}}), unsendable);
+    EXPECT_EQ(perform({.method = "GET / HTTP/1.1\r\nX: y", .url = url}), unsendable);
     EXPECT_EQ(server.connections(), 0);
+}
+
+TEST_F(CurlUrlSessionTest, aNameAndPasswordInTheUrlAuthorizeNothing) {
+    std::vector<std::string> seen;
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        for (std::string request = connection.readRequest(); !request.empty(); request = connection.readRequest()) {
+            seen.push_back(request);
+            connection.send("HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"office\"\r\nContent-Length: 0\r\n\r\n");
+        }
+    });
+    const std::string url = "http://user:pass@" + server.address() + "/";
+    EXPECT_EQ(shown(get(url)), "401 ");
+    EXPECT_EQ(shown(perform({.method = "GET", .url = url, .headers = {{"Authorization", "Bearer t"}}})), "401 ");
+    ASSERT_EQ(seen.size(), 2U);
+    EXPECT_EQ(seen[0].find("uthorization"), std::string::npos) << seen[0];
+    EXPECT_NE(seen[1].find("\r\nAuthorization: Bearer t\r\n"), std::string::npos) << seen[1];
+    EXPECT_EQ(seen[1].find("Basic"), std::string::npos) << seen[1];
 }
 
 TEST_F(CurlUrlSessionTest, anExchangeGoesOnWhenItsSessionIsGone) {
