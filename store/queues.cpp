@@ -42,6 +42,11 @@ Priorities prioritiesById(std::span<const records::SignalType> types) {
     return priorities;
 }
 
+/// For those who count signals in no order: a list of types that has none is a fault for them, too.
+void requireDistinctIds(std::span<const records::SignalType> types) {
+    static_cast<void>(prioritiesById(types));
+}
+
 /// The active signals that `keep` holds for, in queue order. Only those are sorted.
 SignalList sortedIf(std::span<const records::SignalType> types, std::span<const records::Signal> signals, auto&& keep) {
     struct Entry {
@@ -167,6 +172,7 @@ SignalList personalQueue(const StoreState& state, std::string_view memberId) {
 }
 
 std::vector<std::string_view> personalSignalIds(const StoreState& state, std::string_view memberId) {
+    requireDistinctIds(state.signalTypes);
     const auto [shift, provider] = standingOf(state, memberId);
     std::vector<std::string_view> ids;
     for (const auto& signal : state.signals) {
@@ -213,8 +219,11 @@ std::size_t activeQueueCount(const StoreState& state) {
         const auto room = confirmedFlexibleRoomId(state);
         return member && room ? receivedSignals(state, room).size() : 0;
     }
-    return member ? personalSignalIds(state, member->id).size()
-                  : static_cast<std::size_t>(std::ranges::count_if(state.signals, records::isActive));
+    if (member) {
+        return personalSignalIds(state, member->id).size();
+    }
+    requireDistinctIds(state.signalTypes);
+    return static_cast<std::size_t>(std::ranges::count_if(state.signals, records::isActive));
 }
 
 RoomList activeRooms(const StoreState& state) {

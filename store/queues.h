@@ -35,7 +35,8 @@ using SignalTypeList = std::vector<const records::SignalType*>;
 [[nodiscard]] bool needsSignIn(const StoreState& state);
 
 /// Active signals by priority of their type, highest first (an unknown type counts as 0), then oldest first, then in
-/// the order given. Two types with one id are a programming fault and end the process.
+/// the order given. Two types with one id are a programming fault and end the process; so they do in all that counts or
+/// lists signals below.
 [[nodiscard]] SignalList sortedActiveSignals(std::span<const records::SignalType> types,
                                              std::span<const records::Signal> signals);
 

@@ -124,7 +124,19 @@ TEST_F(QueuesTest, onlyWaitingAndAcknowledgedAreActiveAndByExactText) {
 
 TEST_F(QueuesTest, twoTypesWithOneIdEndTheProcess) {
     state.signalTypes = {makeType("twice", 1), makeType("once", 1), makeType("twice", 2)};
-    EXPECT_DEATH(static_cast<void>(sortedIds()), "Duplicate values for key: 'twice'");
+    const std::string fault = "Duplicate values for key: 'twice'";
+    EXPECT_DEATH(static_cast<void>(sortedIds()), fault);
+    EXPECT_DEATH(static_cast<void>(personalQueue(state, "member-1")), fault);
+    EXPECT_DEATH(static_cast<void>(personalSignalIds(state, "member-1")), fault);
+    EXPECT_DEATH(static_cast<void>(sentSignals(state)), fault);
+    EXPECT_DEATH(static_cast<void>(queuePosition(state, "nothing")), fault);
+    state.device = makeDeviceOfRoom("room-1");
+    ASSERT_EQ(activeMember(state), nullptr);
+    EXPECT_DEATH(static_cast<void>(activeQueueCount(state)), fault) << "of the office";
+    state.device = makeDeviceOfMember("member-1");
+    ASSERT_NE(activeMember(state), nullptr);
+    EXPECT_DEATH(static_cast<void>(activeQueueCount(state)), fault) << "of a member";
+    EXPECT_DEATH(static_cast<void>(receivedSignals(state)), fault);
 }
 
 TEST_F(QueuesTest, aListOfFortyThousandIsSortedWithoutSquareWork) {
