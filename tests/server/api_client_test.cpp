@@ -93,12 +93,14 @@ struct APIClientTest : testing::Test {
 using Headers = std::vector<platform::HttpHeader>;
 const platform::HttpHeader authorization{"Authorization", "Bearer secret"};
 const platform::HttpHeader jsonContent{"Content-Type", "application/json"};
+const platform::HttpHeader appCheck{"X-ZVT-AppCheck-Token", "built here"};
 
 TEST_F(APIClientTest, eachOperationIsOneRequest) {
     const records::PairDeviceInfo device{
         .kind = "desktop_mac", .name = "Desk", .model = "X1", .appVersion = "1.0.1", .locale = {}};
     const records::CreateSignalRequest signal{
         .roomId = "r1", .providerId = {}, .providerIds = {}, .toDepartment = {}, .typeId = "t1", .note = ""};
+    information.set("ZVTDesktopBuildSecret", "built here");
     const std::string api = "https://office.example/base/api/v1/";
     const std::string deviceText = R"({"kind":"desktop_mac","name":"Desk","model":"X1","appVersion":"1.0.1"})";
     struct Row {
@@ -107,9 +109,12 @@ TEST_F(APIClientTest, eachOperationIsOneRequest) {
     };
     const std::vector<Row> rows{
         {[&] { begin(client->redeemPairingCode({"ABCD", device})); },
-         {"POST", api + "pair/redeem", {authorization, jsonContent}, R"({"code":"ABCD","device":)" + deviceText + "}"}},
+         {"POST",
+          api + "pair/redeem",
+          {authorization, jsonContent, appCheck},
+          R"({"code":"ABCD","device":)" + deviceText + "}"}},
         {[&] { begin(client->requestPairing({device})); },
-         {"POST", api + "pair/request", {authorization, jsonContent}, R"({"device":)" + deviceText + "}"}},
+         {"POST", api + "pair/request", {authorization, jsonContent, appCheck}, R"({"device":)" + deviceText + "}"}},
         {[&] { begin(client->pollPairing("c1")); }, {"GET", api + "pair/request/c1", {authorization}, std::nullopt}},
         {[&] { begin(client->fetchState()); }, {"GET", api + "state", {authorization}, std::nullopt}},
         {[&] { begin(client->createSignal(signal)); },
@@ -137,6 +142,7 @@ TEST_F(APIClientTest, eachOperationIsOneRequest) {
     }
     ASSERT_THAT(urls.sessions(), SizeIs(1)) << "one session for the client's whole life";
     EXPECT_EQ(urls.sessions()[0].idleTimeout, 15s);
+    EXPECT_EQ(urls.sessions()[0].maximumBodySize, 67'108'864U);
 }
 
 TEST_F(APIClientTest, noReportsMakeAnEmptyBatch) {
@@ -183,7 +189,6 @@ TEST_F(APIClientTest, withoutATokenThereIsNoAuthorizationAtAll) {
 TEST_F(APIClientTest, onlyTheCallsThatCreateADeviceCarryTheAppCheckToken) {
     client = makeClient("https://office.example", std::nullopt);
     information.set("ZVTDesktopBuildSecret", "built here");
-    const platform::HttpHeader appCheck{"X-ZVT-AppCheck-Token", "built here"};
     begin(client->redeemPairingCode({}));
     EXPECT_EQ(request().request.headers, (Headers{jsonContent, appCheck}));
     begin(client->requestPairing({}));
@@ -237,7 +242,19 @@ TEST_F(APIClientTest, aCooldownIsItsOwnFailureWhateverItsStatus) {
     EXPECT_EQ(
         failureOfState(401, R"({"error":"in_cooldown","message":"Soon.","cooldownUntil":"2026-03-01T09:00:00Z"})"),
         APIError(api_error::InCooldown{"Soon.", "2026-03-01T09:00:00Z"}));
+    for (const int status : {302, 429, 500}) {
+        EXPECT_EQ(failureOfState(status, R"({"error":"in_cooldown","message":"Later."})"),
+                  APIError(api_error::InCooldown{"Later.", std::nullopt}))
+            << status;
+    }
     EXPECT_EQ(revocations, 0);
+}
+
+TEST_F(APIClientTest, aCooldownsEmptyMessageStaysEmptyAndOnlyAMissingOneIsReplaced) {
+    EXPECT_EQ(failureOfState(403, R"({"error":"in_cooldown","message":""})"),
+              APIError(api_error::InCooldown{"", std::nullopt}));
+    EXPECT_EQ(failureOfState(403, R"({"error":"in_cooldown","message":null,"cooldownUntil":null})"),
+              APIError(api_error::InCooldown{"You're on a short cooldown after being moved off shift.", std::nullopt}));
 }
 
 TEST_F(APIClientTest, aDeadTokenIsReportedOnceBeforeTheOperationFails) {

@@ -1,85 +1,8 @@
-#include "platform/linux/beast_web_socket.h"
-
-#include "platform/linux/network_thread.h"
-#include "platform/task.h"
-#include "tests/platform/linux/scripted_server.h"
-#include "tests/platform/linux/scripted_web_socket.h"
+#include "tests/platform/linux/beast_web_socket_fixture.h"
 #include "tests/support/temporary_folder.h"
-
-#include <future>
-
-#include <boost/asio/post.hpp>
-#include <gtest/gtest.h>
 
 namespace zelkovanta::platform::linux_host {
 namespace {
-
-using namespace std::chrono_literals;
-
-using Outcome = std::expected<WebSocketFrame, WebSocketFailure>;
-
-/// The outcome as a failed test shows it best.
-std::string shown(const Outcome& outcome) {
-    if (outcome) {
-        return (outcome->kind == WebSocketFrame::Kind::text ? "text " : "binary ") + outcome->payload;
-    }
-    return "failed, close code " + (outcome.error().closeCode ? std::to_string(*outcome.error().closeCode) : "none") +
-           ", status " + (outcome.error().httpStatus ? std::to_string(*outcome.error().httpStatus) : "none");
-}
-
-const std::string lost = "failed, close code none, status none";
-
-struct BeastWebSocketTest : testing::Test {
-    NetworkThread network;
-    Executor queue = network.makeSerialQueue();
-    TransportSettings settings;
-    std::unique_ptr<BeastWebSocketLoading> loading;
-    std::unique_ptr<WebSocketSession> session;
-
-    ~BeastWebSocketTest() override {
-        if (loading) {
-            loading->cancelAll();
-        }
-        onQueue([this] { session.reset(); });
-        network.runAndWait([]() -> Awaitable<void> { co_return; }, 10s);
-    }
-
-    void onQueue(const std::function<void()>& work) {
-        std::promise<void> done;
-        boost::asio::post(queue, [&] {
-            work();
-            done.set_value();
-        });
-        done.get_future().wait();
-    }
-
-    std::shared_ptr<WebSocketTask> open(WebSocketRequest request) {
-        std::shared_ptr<WebSocketTask> task;
-        onQueue([&] {
-            if (!session) {
-                loading = std::make_unique<BeastWebSocketLoading>(settings);
-                session = loading->makeSession(queue);
-            }
-            task = session->makeTask(std::move(request));
-            task->resume();
-        });
-        return task;
-    }
-    std::shared_ptr<WebSocketTask> open(const std::string& url) { return open(WebSocketRequest{.url = url}); }
-
-    std::future<Outcome> beginReceive(std::shared_ptr<WebSocketTask> task) {
-        auto promise = std::make_shared<std::promise<Outcome>>();
-        startTask(queue, [promise, task]() -> Awaitable<void> { promise->set_value(co_await task->receive()); });
-        return promise->get_future();
-    }
-    std::string receive(const std::shared_ptr<WebSocketTask>& task) { return shown(beginReceive(task).get()); }
-
-    bool send(std::shared_ptr<WebSocketTask> task, const std::string& text) {
-        auto promise = std::make_shared<std::promise<bool>>();
-        startTask(queue, [promise, task, text]() -> Awaitable<void> { promise->set_value(co_await task->send(text)); });
-        return promise->get_future().get();
-    }
-};
 
 TEST_F(BeastWebSocketTest, framesGoBothWaysAndTheOpeningCarriesTheHeaders) {
     std::string opening;
@@ -147,13 +70,12 @@ TEST_F(BeastWebSocketTest, aFrameThatComesByteByByteIsTakenWhole) {
 }
 
 TEST_F(BeastWebSocketTest, aFrameAtTheLimitIsTakenAndALargerOneEndsTheSocketAtItsHead) {
-    const std::string atLimit(maximumWebSocketFrameSize, 'x');
-    std::string closing;
+    const std::string atLimit(16'777'216, 'x');
     ScriptedServer server([&](ScriptedConnection& connection) {
         acceptUpgrade(connection);
         connection.send(serverFrame(text, atLimit));
-        // Only the head of 20 MiB: nothing may wait for the rest.
-        connection.send(serverFrame(text, std::string(20U << 20U, 'x')).substr(0, 10));
+        // Only the head: nothing may wait for the rest.
+        connection.send(serverFrame(text, atLimit + "x").substr(0, 10));
         connection.waitForClose();
     });
     const auto task = open("ws://" + server.address());
@@ -210,6 +132,14 @@ TEST_F(BeastWebSocketTest, thePeersCloseCodeIsPartOfTheFailure) {
     }
 }
 
+TEST_F(BeastWebSocketTest, aCloseCodeThatComesTogetherWithTheUpgradeIsSeen) {
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        connection.send(upgradeReply(connection.readRequest()) + serverFrame(closeCode, "\x0f\xa1revoked"));
+        connection.waitForClose();
+    });
+    EXPECT_EQ(receive(open("ws://" + server.address())), "failed, close code 4001, status none");
+}
+
 TEST_F(BeastWebSocketTest, aConnectionThatBreaksOffFails) {
     ScriptedServer server([&](ScriptedConnection& connection) {
         acceptUpgrade(connection);
@@ -233,6 +163,17 @@ TEST_F(BeastWebSocketTest, theStatusOfARefusedOpeningIsKnownWhateverBodyFollows)
         });
         EXPECT_EQ(receive(open("ws://" + server.address())), "failed, close code none, status " + status);
     }
+}
+
+TEST_F(BeastWebSocketTest, aStatusThatComesInTwoPiecesIsKnown) {
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        connection.readRequest();
+        connection.send("HTTP/1.1 4");
+        EXPECT_FALSE(connection.stirsWithin(20ms)) << "it did not wait for the rest";
+        connection.send("01 No\r\n\r\n");
+        connection.waitForClose();
+    });
+    EXPECT_EQ(receive(open("ws://" + server.address())), "failed, close code none, status 401");
 }
 
 TEST_F(BeastWebSocketTest, anUpgradeThatProvesNothingIsNoSocket) {

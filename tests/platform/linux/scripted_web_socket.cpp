@@ -7,20 +7,23 @@
 
 namespace zelkovanta::platform::linux_host {
 
-std::string acceptUpgrade(ScriptedConnection& connection) {
-    const std::string request = connection.readRequest();
+std::string upgradeReply(std::string_view request) {
     constexpr std::string_view name = "Sec-WebSocket-Key: ";
     const auto at = request.find(name);
-    const std::string key = at == std::string::npos ? "" : request.substr(at + name.size(), 24);
-    const std::string proof = key + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
+    const std::string_view key = at == std::string_view::npos ? "" : request.substr(at + name.size(), 24);
+    const std::string proof = std::string{key} + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
     std::array<unsigned char, SHA_DIGEST_LENGTH> digest{};
     SHA1(reinterpret_cast<const unsigned char*>(proof.data()), proof.size(), digest.data());
     std::array<unsigned char, 64> accept{};
     EVP_EncodeBlock(accept.data(), digest.data(), digest.size());
-    connection.send(
-        "HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-        "Sec-WebSocket-Accept: " +
-        std::string(reinterpret_cast<const char*>(accept.data())) + "\r\n\r\n");
+    return "HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+           "Sec-WebSocket-Accept: " +
+           std::string(reinterpret_cast<const char*>(accept.data())) + "\r\n\r\n";
+}
+
+std::string acceptUpgrade(ScriptedConnection& connection) {
+    std::string request = connection.readRequest();
+    connection.send(upgradeReply(request));
     return request;
 }
 

@@ -17,6 +17,8 @@ struct ClientFrame {
     bool operator==(const ClientFrame&) const = default;
 };
 
+/// What agrees to an opening request.
+[[nodiscard]] std::string upgradeReply(std::string_view request);
 /// Reads the opening request, agrees, and gives the request.
 std::string acceptUpgrade(ScriptedConnection& connection);
 [[nodiscard]] std::string serverFrame(Opcode opcode, std::string_view payload, bool isFinal = true);
