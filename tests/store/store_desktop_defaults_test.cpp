@@ -146,6 +146,7 @@ TEST_F(StoreDesktopDefaultsTest, aDecisionMadeBeforeTheFirstCheckStands) {
     settle();
     EXPECT_FALSE(state().settings.launchAtLogin);
     EXPECT_TRUE(isMarked());
+    EXPECT_THAT(loginItem.registrations, testing::SizeIs(1)) << "the decision is looked at behind the registration";
     EXPECT_THAT(takeLinesOf("center"), IsEmpty());
 }
 

@@ -169,6 +169,28 @@ TEST_F(StoreGuardsTest, aRefusedUpgradeOfAReplacedSocketAsksNothing) {
     EXPECT_EQ(requestCount("GET", "/state"), before);
 }
 
+TEST_F(StoreGuardsTest, refusedUpgradesAskOnceInTenSecondsThroughAMoveAResetAndTheNextPairing) {
+    const auto expectStateAskedFor = [this](std::size_t times, const char* when) {
+        socket().fail({.closeCode = {}, .httpStatus = 401});
+        settle();
+        EXPECT_EQ(requestCount("GET", "/state"), times) << when;
+    };
+    launchInRoom();
+    expectStateAskedFor(2, "at the first refusal");
+    loop.advance(1s);  // The next socket.
+    moveToOffice("office-2");
+    ASSERT_EQ(requestCount("GET", "/state"), 3U);
+    expectStateAskedFor(3, "after a move");
+    unlink();
+    pairAgain();
+    ASSERT_EQ(requestCount("GET", "/state"), 4U);
+    expectStateAskedFor(4, "after a reset and a pairing");
+    loop.advance(9s);
+    expectStateAskedFor(4, "when ten seconds are not over yet");
+    loop.advance(3s);
+    expectStateAskedFor(5, "when they are");
+}
+
 // Replies.
 
 TEST_F(StoreGuardsTest, theStateOfAnEndedSessionIsDropped) {
@@ -245,6 +267,37 @@ TEST_F(StoreGuardsTest, repliesToWhatAPersonDidBeforeAMoveAreDroppedAndTheirErro
         EXPECT_EQ(other.state().lastError, std::nullopt);
         EXPECT_FALSE(other.state().isSending);
         EXPECT_THAT(other.journal.take(), IsEmpty());
+    }
+}
+
+TEST_F(StoreGuardsTest, aLateSuccessOfAnEarlierSessionLeavesTheErrorOfTheNextOne) {
+    struct Row {
+        std::function<platform::Awaitable<void>(AppStore&)> begin;
+        const char* method;
+        const char* path;
+        std::string reply;
+    };
+    const std::vector<Row> rows{
+        {[](AppStore& app) { return app.sendSignal("type-ready", "", {}, {}, {}); }, "POST", "/signals",
+         support::toJson(makeSignal("s"))},
+        {[](AppStore& app) { return app.actOnSignal(makeSignal("s"), "done"); }, "PATCH", "/signals/s",
+         support::toJson(makeSignalThatIs("done", "s"))},
+        {[](AppStore& app) { return app.setMemberStatus(records::MemberStatus::busy); }, "POST", "/members/me/status",
+         support::toJson(makeMember("member-1"))},
+        {[](AppStore& app) { return app.signOutStation(); }, "POST", "/devices/me/signout", ""}};
+    launchInRoom();
+    for (const Row& row : rows) {
+        run(row.begin);
+        Exchange* const old = openRequest(row.method, row.path);
+        ASSERT_TRUE(old) << row.path;
+        unlink();
+        pairAgain();
+        run([](AppStore& app) { return app.actOnSignal(makeSignal("other"), "done"); });
+        answer("PATCH", "/signals/other", 409, R"({"error":"already_cleared"})");
+        ASSERT_EQ(state().lastError, "That signal was already cleared.");
+        old->answer(200, row.reply);
+        settle();
+        EXPECT_EQ(state().lastError, "That signal was already cleared.") << row.path;
     }
 }
 

@@ -93,6 +93,18 @@ TEST_F(StoreKeyStoreTest, aKeyStoreThatNeverAnswersDoesNotKeepTheWindowShut) {
     EXPECT_THAT(takeLinesOf("window"), IsEmpty());
 }
 
+TEST_F(StoreKeyStoreTest, aStoreThatIsGoneWhileTheKeyStoreIsReadBeginsNothingWhenItOpens) {
+    launchLocked();
+    ASSERT_EQ(powerOff.observerCount(), 1U);
+    store.reset();
+    settle();
+    EXPECT_EQ(powerOff.observerCount(), 0U);
+    journal.take();
+    unlock();
+    loop.advance(1min);
+    EXPECT_THAT(journal.take(), IsEmpty());
+}
+
 TEST_F(StoreKeyStoreTest, theNextPairingOverwritesATokenWhoseServerCouldNotBeUsed) {
     skipDesktopDefaults();
     savePairing("member");

@@ -129,6 +129,26 @@ TEST_F(StoreNotificationActionsTest, pressesOfDifferentKindsOnOneSignalAreKeptAp
     EXPECT_THAT(openActions(), ElementsAre(R"(s {"action":"done"})"));
 }
 
+TEST_F(StoreNotificationActionsTest, pressesForDifferentMembersOrSignalsAreKeptApart) {
+    launchPaired("member");
+    press("s", "done", "member-2");
+    press("s", "done", "member-1");
+    press("t", "done", "member-1");
+    answerWith("GET", "/state", snapshotWith({makeSignal("s"), makeSignal("t")}));
+    EXPECT_THAT(openActions(), ElementsAre(R"(s {"action":"done"})"));
+    answerWith("PATCH", "/signals/s", makeSignalThatIs("done", "s"));
+    EXPECT_THAT(openActions(), ElementsAre(R"(t {"action":"done"})"));
+}
+
+TEST_F(StoreNotificationActionsTest, aPressThatIsDroppedIsFollowedByTheNextInTheSameRun) {
+    launchAsMember({makeSignal("a"), makeSignal("b")});
+    press("a", "done");
+    press("unknown", "done");
+    press("b", "done");
+    answerWith("PATCH", "/signals/a", makeSignalThatIs("done", "a"));
+    EXPECT_THAT(openActions(), ElementsAre(R"(b {"action":"done"})"));
+}
+
 TEST_F(StoreNotificationActionsTest, aPressDuringTheDrainIsTakenInTheSameRun) {
     launchAsMember({makeSignal("a"), makeSignal("b")});
     press("a", "done");

@@ -111,6 +111,25 @@ TEST_F(StoreObserversTest, theFlexibleSessionIsToldOnlyWhenItDiffers) {
     EXPECT_TRUE(told.back().contains(StoreField::flexibleRoomSession));
 }
 
+TEST_F(StoreObserversTest, aSignInAndItsEndTellOfTheFlexibleSessionOnlyWhereItDiffers) {
+    for (const std::string role : {"room", "shared"}) {
+        support::Computer other;
+        other.launchWith(role, makeSnapshot([](StateSnapshot& snapshot) { snapshot.device = makeDevice(); }));
+        std::size_t times = 0;
+        const auto guard = other.store->observe(
+            [&](const StoreChanges& changes) { times += changes.contains(StoreField::flexibleRoomSession) ? 1U : 0U; });
+        const std::size_t once = role == "shared" ? 1U : 0U;
+        other.deliver("session.ended", "{}");
+        EXPECT_EQ(times, 0U) << role << ": an end of nothing";
+        other.deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-1"));
+        EXPECT_EQ(times, once) << role << ": a sign-in";
+        other.deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-1"));
+        EXPECT_EQ(times, once) << role << ": the same once more";
+        other.deliver("session.ended", "{}");
+        EXPECT_EQ(times, 2 * once) << role << ": its end";
+    }
+}
+
 TEST_F(StoreObserversTest, changesOfSeveralCallsInOneTurnAreToldOnce) {
     launchWith("shared", makeSnapshot([](StateSnapshot& snapshot) { snapshot.device = makeDevice(); }));
     deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-1"));

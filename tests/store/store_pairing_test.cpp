@@ -53,6 +53,23 @@ TEST_F(StorePairingTest, aNameIsCutByScalarsAndNotByBytes) {
                 testing::Optional(testing::HasSubstr(R"("name":")" + name.substr(0, 64) + R"(",)")));
 }
 
+TEST_F(StorePairingTest, aNameIsCutBetweenALetterAndItsMark) {
+    launchUnpaired();
+    const std::string head = std::string(31, 'a') + "e";
+    hostInfo.name = head + "\u0301 and more";
+    redeem();
+    EXPECT_THAT(openRequest("POST", "/pair/redeem")->request.body,
+                testing::Optional(testing::HasSubstr(R"("name":")" + head + R"(",)")));
+}
+
+TEST_F(StorePairingTest, blanksAroundANameStay) {
+    launchUnpaired();
+    hostInfo.name = " Front desk  ";
+    redeem();
+    EXPECT_THAT(openRequest("POST", "/pair/redeem")->request.body,
+                testing::Optional(testing::HasSubstr(R"("name":" Front desk  ",)")));
+}
+
 TEST_F(StorePairingTest, aRedeemedCodePairsInTheToldOrder) {
     launchShowingCode();
     redeem();

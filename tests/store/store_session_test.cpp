@@ -163,6 +163,18 @@ TEST_F(StoreSessionTest, aStoreThatIsGoneHearsNothingAndLeavesNothingBehind) {
     EXPECT_THAT(journal.take(), IsEmpty());
 }
 
+TEST_F(StoreSessionTest, aStoreThatIsGoneBeforeItsFirstTurnShowsNoWindowAndAsksNothing) {
+    skipDesktopDefaults();
+    savePairing("room");
+    defaults.memory.setBoolean("openAsWindow", true);
+    launch();
+    journal.take();
+    store.reset();
+    EXPECT_EQ(powerOff.observerCount(), 0U);
+    loop.advance(1min);
+    EXPECT_THAT(journal.take(), IsEmpty());
+}
+
 TEST_F(StoreSessionTest, aStoreThatIsGoneDuringItsSetupEndsTheSetup) {
     launchUnpaired();
     store.reset();

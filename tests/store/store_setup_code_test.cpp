@@ -192,7 +192,8 @@ TEST_F(StoreSetupCodeTest, settingTheClockNeitherShortensNorLengthensACodesLife)
 }
 
 TEST_F(StoreSetupCodeTest, aCodeWithoutAUsableImageShowsNoneAndStillPolls) {
-    for (const std::string png : {"data:image/png,plain", "", "data:image/png;base64,***", "base64,YQ"}) {
+    for (const std::string png :
+         {"data:image/png,plain", "", "data:image/png;base64,***", "data:image/png;base64,", "base64,YQ"}) {
         support::Computer other;
         other.launchUnpaired();
         other.answerWith("POST", "/pair/request", makeCode("claim-1", png));

@@ -145,7 +145,8 @@ TEST_F(StoreSignInCodeTest, aReplyThatHoldsNoCodeLeavesTheOldOneAndIsAskedForAga
 }
 
 TEST_F(StoreSignInCodeTest, aReplyWithoutAUsableImageShowsNoneAndTheRotationGoesOn) {
-    for (const std::string png : {"data:image/png,plain", "", "data:image/png;base64,***", "base64,YQ"}) {
+    for (const std::string png :
+         {"data:image/png,plain", "", "data:image/png;base64,***", "data:image/png;base64,", "base64,YQ"}) {
         Station other;
         other.launchShowing();
         other.answerWith("POST", path, makeSignInCode(png));

@@ -118,6 +118,25 @@ TEST_F(StoreSignalsTest, aLongNoteIsCutToTwoHundredScalars) {
     EXPECT_EQ(journal.take().front(), "notes.set sending-note [" + head + std::string(50, 'b') + "]");
 }
 
+TEST_F(StoreSignalsTest, aNoteIsCutBetweenALetterAndItsMark) {
+    launchInRoom();
+    const std::string head = std::string(199, 'a') + "e";
+    send({.note = head + "\u0301 and more", .roomId = {}, .providerIds = {}, .toDepartment = {}});
+    EXPECT_EQ(sentBody(), R"({"roomId":"room-1","typeId":"type-ready","note":")" + head + R"("})");
+}
+
+TEST_F(StoreSignalsTest, blanksAroundANoteStay) {
+    launchInRoom();
+    send({.note = "  n ", .roomId = {}, .providerIds = {}, .toDepartment = {}});
+    EXPECT_EQ(sentBody(), R"({"roomId":"room-1","typeId":"type-ready","note":"  n "})");
+}
+
+TEST_F(StoreSignalsTest, anEmptyRoomAndAnEmptyDepartmentAreGivenAllTheSame) {
+    launchInRoom();
+    send({.note = "", .roomId = "", .providerIds = {"member-1"}, .toDepartment = ""});
+    EXPECT_EQ(sentBody(), R"({"roomId":"","toDepartment":"","typeId":"type-ready","note":""})");
+}
+
 TEST_F(StoreSignalsTest, aFailedSendSaysWhyInTheServersWordsOrOurs) {
     launchInRoom();
     send({.note = "n", .roomId = {}, .providerIds = {}, .toDepartment = {}});
@@ -197,6 +216,17 @@ TEST_F(StoreSignalsTest, onASharedWorkstationOnlyTheConfirmedRoomMaySend) {
     EXPECT_EQ(sentBody(), R"({"roomId":"room-1","typeId":"type-ready","note":"n"})");
     answerWith("POST", "/signals", makeSignal("s"));
     EXPECT_EQ(state().lastError, std::nullopt);
+}
+
+TEST_F(StoreSignalsTest, aWorkstationThatIsNoLongerLinkedStillMissesItsRoomFirst) {
+    launchShared();
+    run([](AppStore& app) { return app.unlinkComputer(); });
+    answer("DELETE", "/devices/me", 200);
+    ASSERT_FALSE(state().isPaired);
+    journal.take();
+    send({.note = "n", .roomId = "room-1", .providerIds = {}, .toDepartment = {}});
+    EXPECT_EQ(state().lastError, chooseRoom);
+    EXPECT_THAT(journal.take(), ElementsAre("notes.set sending-note [n]", "notes.clearSending"));
 }
 
 TEST_F(StoreSignalsTest, aSendThatLostItsSessionFallsSilentYetEnds) {

@@ -89,6 +89,13 @@ TEST_F(StoreStationTest, whereTheDeviceDoesNotSayTheMemberOfTheMessageIsAdopted)
     EXPECT_EQ(confirmedFlexibleRoomId(state()), std::nullopt);
 }
 
+TEST_F(StoreStationTest, whereDeviceAndMessageNameDifferentMembersTheDevicesIsAdopted) {
+    launchShared();
+    deliverSessionStarted(makeDeviceWithSignIn("member-1"), makeMember("member-2"));
+    EXPECT_EQ(state().flexibleRoomSession,
+              (FlexibleRoomSession{.signedInMemberId = "member-1", .confirmedRoomId = {}}));
+}
+
 TEST_F(StoreStationTest, onARoomsComputerTheScopeIsRecordedAndNoRoomIsAskedFor) {
     launchWith("room", snapshotWithSignIn({}));
     signIn();
@@ -194,7 +201,10 @@ TEST_F(StoreStationTest, aRoomIsConfirmedForTheMemberAndRemembered) {
     signIn();
     run([](AppStore& app) { return app.sendSignal("type-ready", "", "room-1", {}, {}); });
     ASSERT_TRUE(state().lastError);
+    journal.take();
     store->confirmFlexibleRoom("room-2");
+    settle();
+    EXPECT_THAT(journal.take(), ElementsAre("defaults lastUsedRoomId = 'room-2'"));
     EXPECT_EQ(state().flexibleRoomSession,
               (FlexibleRoomSession{.signedInMemberId = "member-1", .confirmedRoomId = "room-2"}));
     EXPECT_EQ(state().lastError, std::nullopt);
@@ -398,6 +408,18 @@ TEST_F(StoreStationTest, aScopeLeftOnAComputerThatIsNowBoundIsForgotten) {
                makeSnapshot([](StateSnapshot& snapshot) { snapshot.device = makeDeviceOfMember("member-1"); }));
     EXPECT_EQ(state().settings.stationSignIn, LoginScope{});
     EXPECT_EQ(defaults.text("stationSignInAuditSessionId"), "");
+    EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 0U);
+}
+
+TEST_F(StoreStationTest, aWorkstationThatIsBoundToAMemberForgetsScopeAndRoom) {
+    launchShared();
+    signIn();
+    store->confirmFlexibleRoom("room-1");
+    StateSnapshot snapshot = snapshotWithSignIn("member-1");
+    snapshot.device.memberId = "member-1";
+    deliverSnapshot(snapshot);
+    EXPECT_EQ(state().flexibleRoomSession, FlexibleRoomSession{});
+    EXPECT_EQ(state().settings.stationSignIn, LoginScope{});
     EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 0U);
 }
 

@@ -100,6 +100,60 @@ struct StoreTwoSessionsTest : PairingTest {
     }
 };
 
+// The second session itself.
+
+TEST_F(StoreTwoSessionsTest, theSecondSessionHasNoSnapshotBeforeAnythingOfItIsPublished) {
+    launchWith("room", snapshotWith({support::makeSignalWithNote("note", "s")}));
+    showCode();
+    journal.take();
+    approveScan();
+    EXPECT_FALSE(state().hasAuthenticatedSnapshot);
+    Lines lines;
+    for (const std::string& line : journal.take()) {
+        if (line.starts_with("crash.") || line.starts_with("notes.")) {
+            lines.push_back(line);
+        }
+    }
+    EXPECT_THAT(lines, ElementsAre("crash.context paired",             //
+                                   "crash.clearSender",                //
+                                   "notes.retire active-queue-notes",  //
+                                   "crash.setSender https://default.example", "crash.flush"));
+}
+
+TEST_F(StoreTwoSessionsTest, aPressWaitsForTheSnapshotOfTheSecondSession) {
+    const auto snapshot = makeSnapshot([](StateSnapshot& whole) {
+        whole.device = support::makeDeviceOfMember("member-1");
+        whole.signals = {makeSignal("s")};
+    });
+    launchWith("member", snapshot);
+    showCode();
+    records::PairRequestPoll approved = makeApproved();
+    approved.role = records::DeviceRole::member;
+    approved.device = snapshot.device;
+    answerWith("GET", pollPath, approved);
+    expectSecondSession();
+    ASSERT_NE(activeMember(state()), nullptr);
+    ASSERT_THAT(idsOf(state().signals), ElementsAre("s"));
+    run([this](AppStore&) {
+        return notifications.actionHandler({.signalId = "s", .memberId = "member-1", .action = "done"});
+    });
+    EXPECT_EQ(requestCount("PATCH", "/signals/s"), 0U);
+    answerWith("GET", "/state", snapshot);
+    EXPECT_EQ(requestCount("PATCH", "/signals/s"), 1U);
+}
+
+TEST_F(StoreTwoSessionsTest, aPairingThatBringsNeitherRoomNorMemberLeavesThoseThatAreThere) {
+    launchFirstSession();
+    showCode();
+    records::PairRequestPoll approved = makeApproved();
+    approved.room.reset();
+    answerWith("GET", pollPath, approved);
+    expectSecondSession();
+    EXPECT_EQ(state().device, support::makeDeviceOfRoom("room-8"));
+    EXPECT_THAT(idsOf(state().rooms), ElementsAre("room-1", "room-2"));
+    EXPECT_THAT(idsOf(state().members), ElementsAre("member-1", "member-2", "member-3"));
+}
+
 // Replies.
 
 TEST_F(StoreTwoSessionsTest, aLateStateOfTheFirstSessionIsDropped) {
