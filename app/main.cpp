@@ -94,6 +94,6 @@ int main(int argc, char** argv) {
     instance.onSecondStart = [&wiring](const QString& token) { wiring.bringForward(token); };
     wiring.showWindow();
     const int status = QGuiApplication::exec();
-    instance.onSecondStart = {};
+    instance.stopAnswering();
     return status;
 }

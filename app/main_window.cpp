@@ -36,20 +36,25 @@ void MainWindow::show() {
     if (!window_) {
         make();
     }
-    window_->show();
+    // Not `show`, which also takes back that the window is maximised.
+    window_->setVisible(true);
 }
 
 void MainWindow::bringForward(const QString& activationToken) {
-    // Where Qt's Wayland part looks for it.
+    if (!window_) {
+        make();
+    }
+    if (window_->windowStates().testFlag(Qt::WindowMinimized)) {
+        window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+    }
+    show();
+    window_->raise();
+    // Where Qt's Wayland part looks for it. It is of no use to anybody else, least of all to the programs started here.
     if (!activationToken.isEmpty()) {
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
     }
-    show();
-    if (window_->windowState() == Qt::WindowMinimized) {
-        window_->showNormal();
-    }
-    window_->raise();
     window_->requestActivate();
+    qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
 }  // namespace zelkovanta::app

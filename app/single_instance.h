@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include <QLocalServer>
 #include <QString>
@@ -19,15 +18,18 @@ public:
         unanswered,  ///< one runs, and does not answer
     };
 
-    /// `folder` is private to the person; `name` tells profiles apart.
-    SingleInstance(QString folder, QString name);
+    /// `folder` is private to the person, and its path may be of any length; `name` tells profiles apart.
+    SingleInstance(const QString& folder, const QString& name);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Takes the lock, or else hands over, for which it may wait up to three seconds. `activationToken` is what the
-    /// desktop gave this start.
+    /// Takes the lock, or else hands over to the one that holds it, or takes it once that one has ended. It may wait
+    /// up to three seconds for an answer, and up to six for an end.
     [[nodiscard]] Start begin(const QString& activationToken);
+    /// Shows nothing any more, and answers nobody: whoever starts now waits for the end of this process. The lock is
+    /// held until then.
+    void stopAnswering();
 
     /// A second start: its activation token, empty for none.
     std::function<void(const QString& activationToken)> onSecondStart;
@@ -36,12 +38,13 @@ private:
     [[nodiscard]] bool takeLock();
     void listen();
     void answer();
-    [[nodiscard]] Start handOver(const QString& activationToken) const;
+    [[nodiscard]] Start handOver(const QString& activationToken);
 
+    const int folder_;
     const QString lockFile_;
     const QString socketFile_;
     int lock_ = -1;
-    QLocalServer server_;
+    std::unique_ptr<QLocalServer> server_;
 };
 
 }  // namespace zelkovanta::app

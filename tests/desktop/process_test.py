@@ -114,6 +114,15 @@ class OnAComputer(unittest.TestCase):
         window.wait_until_connected()
         return window
 
+    def start_deaf_key_store(self):
+        deaf = self.processes.start(
+            "deaf-key-store",
+            ["/usr/bin/python3", "-c", DEAF_KEY_STORE, self.stage.environment["DBUS_SESSION_BUS_ADDRESS"]],
+            self.stage.environment)
+        self.processes.until("the deaf key store is there", lambda: self.stage.bus_has("org.freedesktop.secrets"))
+        self.assertIsNone(deaf.poll())
+        return deaf
+
     def visible_windows(self, title="ZelkoVanta"):
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", title], env=self.stage.environment,
                                capture_output=True, text=True, check=False)
@@ -325,12 +334,7 @@ class WithoutAKeyStore(OnAComputer):
         self.window().wait_until_it_says("Set up this computer")
 
     def test_one_that_never_answers_holds_up_neither_the_window_nor_a_typed_code(self):
-        deaf = self.processes.start(
-            "deaf-key-store",
-            ["/usr/bin/python3", "-c", DEAF_KEY_STORE, self.stage.environment["DBUS_SESSION_BUS_ADDRESS"]],
-            self.stage.environment)
-        self.processes.until("the deaf key store is there", lambda: self.stage.bus_has("org.freedesktop.secrets"))
-        self.assertIsNone(deaf.poll())
+        self.start_deaf_key_store()
         self.stage.start_office()
         begun = time.monotonic()
         self.start()
