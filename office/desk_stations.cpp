@@ -161,6 +161,8 @@ Office::Desk::Outcome Office::Desk::move(Device device, const Practice& practice
     if (!placed) {
         return std::unexpected(placed.error());
     }
+    // They were shown to the people of the practice that it leaves.
+    forgetSignInCodes(placed->id);
     ledger_.put(*placed);
     tellDevice(placed->id, notice == MoveNotice::snapshot ? snapshotFrame(snapshot(*placed))
                                                           : frameOf("office.updated", "office", practice));

@@ -196,6 +196,18 @@ TEST_F(StationsTest, aMoveFindsAPlaceOrIsRefused) {
     EXPECT_EQ(at(stateAt(station), "device.roomId"), named<Room>("Exam B", "Lakeside Family Practice").id);
 }
 
+TEST_F(StationsTest, aMovedStationHonoursNoCodeThatItShowedBefore) {
+    const std::string before = at(signInCode(), "token");
+    keep(office->move(station.id, "lakeside", {}, {}, MoveNotice::snapshot, now));
+    ASSERT_EQ(verdict(), "200");
+    keep(office->signInWithCode(before, "Dr. Ruth Adeyemi", now));
+    EXPECT_EQ(verdict(), "404 invalid_code");
+    EXPECT_EQ(at(stateAt(station), "device.signedInMemberId"), "<none>");
+
+    keep(office->signInWithCode(at(signInCode(), "token"), "Dr. Ruth Adeyemi", now));
+    EXPECT_EQ(verdict(), "200");
+}
+
 TEST_F(StationsTest, notificationSettingsReachTheirComputer) {
     keep(office->setNotificationSettings(station.id, R"({"quiet":true,"perType":{"urgent":{"sound":"bell"}}})", now));
     EXPECT_THAT(kinds(), ElementsAre("snapshot"));
