@@ -67,6 +67,14 @@ class Processes:
         with open(os.path.join(self.log_folder, name + ".log"), encoding="utf-8", errors="replace") as log:
             return log.read()
 
+    def end_of(self, process):
+        """The error of a process that has ended by itself, with the last line of its log."""
+        status = process.wait()
+        how = f" ({signal.Signals(-status).name})" if status < 0 else ""
+        lines = self.log_of(process.name).strip().splitlines()
+        last_words = f": {lines[-1]}" if lines else "."
+        return DemoError(f"{process.name} has ended by itself{how}{last_words}")
+
     def pause(self, seconds):
         """Waits, at most until one of the processes ends, which is an error."""
         poller = select.poll()
@@ -81,11 +89,7 @@ class Processes:
             for descriptor in watched:
                 os.close(descriptor)
         for descriptor, _ in ended:
-            process = watched[descriptor]
-            process.poll()
-            lines = self.log_of(process.name).strip().splitlines()
-            last_words = f": {lines[-1]}" if lines else "."
-            raise DemoError(f"{process.name} has ended by itself{last_words}")
+            raise self.end_of(watched[descriptor])
 
     def until(self, what, condition, limit=20.0, interval=0.02):
         """The first true result of `condition`, asked again and again; an error after `limit` seconds."""
