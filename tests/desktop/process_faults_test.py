@@ -213,6 +213,12 @@ def answer_half(connection):
     connection.sendall(b'HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 400\r\n\r\n{"token":"t","qr')
 
 
+def answer_half_and_stall(connection):
+    answer_half(connection)
+    while connection.recv(65536):
+        pass
+
+
 def answer_without_end(connection):
     connection.recv(65536)
     connection.sendall(b"HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n\r\n")
@@ -220,14 +226,18 @@ def answer_without_end(connection):
         connection.sendall(b"{" * 65536)
 
 
+def quietly(answer):
+    def answer_while_heard(connection):
+        try:
+            answer(connection)
+        except OSError:
+            pass  # The computer has heard enough.
+    return answer_while_heard
+
+
 class WhereSomethingElseAnswers(OnAComputer):
     def check_setup_then_office(self, answer):
-        def quietly(connection):
-            try:
-                answer(connection)
-            except OSError:
-                pass  # The computer has heard enough.
-        with Listener(quietly):
+        with Listener(quietly(answer)):
             self.start()
             window = self.window()
             window.wait_until_it_says("Reconnecting…", 30)
@@ -241,6 +251,14 @@ class WhereSomethingElseAnswers(OnAComputer):
 
     def test_a_reply_without_end_is_no_code_and_the_office_is_found_when_it_comes(self):
         self.check_setup_then_office(answer_without_end)
+
+    def test_a_paired_computer_lives_through_half_a_reply_that_stalls(self):
+        self.check_connection_then_office(quietly(answer_half_and_stall), "Offline, retrying…",
+                                          "The server took too long to answer.")
+
+    def test_a_paired_computer_lives_through_a_reply_without_end(self):
+        self.check_connection_then_office(quietly(answer_without_end), "Offline, retrying…",
+                                          "The server's answer is too large.")
 
 
 class WhereTheKeyStoreIsLocked(OnAComputer):

@@ -138,6 +138,20 @@ class OnAComputer(unittest.TestCase):
 
         self.processes.until("the window is gone", has_gone, interval=0.5)
 
+    def check_connection_then_office(self, answer, words, failure):
+        window = self.set_up()
+        self.stage.kill_office()
+        with Listener(answer):
+            window.wait_until_it_says(words)
+            self.assertTrue(window.says(ROOM))
+            self.assertFalse(window.says("Set up this computer"))
+            window.open_form().press()
+            window.wait_until_it_says(failure, 30)
+            window.press("Cancel")
+            self.assert_alive()
+        self.stage.start_office()
+        window.wait_until_connected(60)
+
     def assert_alive(self):
         self.assertIsNone(self.computer.poll(), self.processes.log_of("desk"))
 
@@ -265,20 +279,6 @@ class WhereNoOfficeAnswers(OnAComputer):
 
     def test_silence_is_no_code_and_the_office_is_found_when_it_comes(self):
         self.check_setup_then_office(answer_nothing)
-
-    def check_connection_then_office(self, answer, words, failure):
-        window = self.set_up()
-        self.stage.kill_office()
-        with Listener(answer):
-            window.wait_until_it_says(words)
-            self.assertTrue(window.says(ROOM))
-            self.assertFalse(window.says("Set up this computer"))
-            window.open_form().press()
-            window.wait_until_it_says(failure, 30)
-            window.press("Cancel")
-            self.assert_alive()
-        self.stage.start_office()
-        window.wait_until_connected(60)
 
     def test_a_paired_computer_lives_through_html(self):
         self.check_connection_then_office(answer_html, "Offline, retrying…",

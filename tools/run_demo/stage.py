@@ -86,7 +86,7 @@ class Stage:
         try:
             self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus("bus")
             if self.has_key_store:
-                self._start_key_store()
+                self.start_key_store()
         except BaseException:
             self.__exit__()
             raise
@@ -127,7 +127,7 @@ class Stage:
             env=self.environment, capture_output=True, text=True, check=False)
         return "boolean true" in answer.stdout
 
-    def _start_key_store(self):
+    def start_key_store(self):
         """A keyring of the demo's own, unlocked with a password that protects nothing worth it."""
         if not shutil.which("gnome-keyring-daemon"):
             print("There is no gnome-keyring here, so the computers forget their pairing when they end.")
