@@ -3,10 +3,13 @@
 #include "platform/linux/application_id.h"
 #include "records/url.h"
 
+#include <chrono>
 #include <string>
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QString>
+#include <QStyleHints>
 
 namespace zelkovanta::app {
 
@@ -33,13 +36,15 @@ Wiring::Wiring(const platform::linux_host::LinuxHost::Settings& settings)
       beacon_(alerts::BeaconAdvertiser::make(host_.peripheralManagers())),
       store_(startStore()) {
     QCoreApplication::installTranslator(&translator_);
-    page_ =
-        std::make_unique<screens::qml::PageModel>(store_, screens::qml::PagePorts{.main = host_.mainThread().executor(),
-                                                                                  .clock = host_.clock(),
-                                                                                  .strings = strings_,
-                                                                                  .defaults = host_.defaults(),
-                                                                                  .notes = notes_,
-                                                                                  .crash = crash_});
+    page_ = std::make_unique<screens::qml::PageModel>(
+        store_, screens::qml::PagePorts{.main = host_.mainThread().executor(),
+                                        .clock = host_.clock(),
+                                        .strings = strings_,
+                                        .defaults = host_.defaults(),
+                                        .notes = notes_,
+                                        .crash = crash_,
+                                        .doubleClick = std::chrono::milliseconds{
+                                            QGuiApplication::styleHints()->mouseDoubleClickInterval()}});
     mainWindow_.setPage(*page_, host_.appearance());
     host_.userNotifications().setRaiseHandler(
         [this](const std::string& token) { bringForward(QString::fromStdString(token)); });

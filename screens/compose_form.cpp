@@ -113,7 +113,7 @@ std::optional<std::string> ComposeView::room() const {
 }
 
 std::string ComposeView::defaultKey(std::string_view plain, std::string_view suffix) const {
-    if (!place_.fixedRoomId && !place_.homeRoomId) {
+    if (belongsToNoRoom()) {
         return std::string{plain};
     }
     const records::Member* me = store::activeMember(state());
@@ -122,7 +122,7 @@ std::string ComposeView::defaultKey(std::string_view plain, std::string_view suf
 }
 
 void ComposeView::loadDefaults() {
-    if (!place_.fixedRoomId && !place_.homeRoomId && !choice_.selectedRoomId) {
+    if (belongsToNoRoom() && !choice_.selectedRoomId) {
         const auto lastUsed = ports_.defaults.text(store::settings_key::lastUsedRoomId);
         const auto rooms = store::activeRooms(state());
         if (lastUsed && std::ranges::find(rooms, *lastUsed, &records::Room::id) != rooms.end()) {
@@ -144,7 +144,7 @@ void ComposeView::loadDefaults() {
 }
 
 void ComposeView::saveDefaults(const Sending& sending) {
-    if (!place_.fixedRoomId && !place_.homeRoomId) {
+    if (sending.remembersRoom) {
         ports_.defaults.setText(store::settings_key::lastUsedRoomId, sending.roomId);
     }
     ports_.defaults.setText(sending.typeKey, sending.typeId);
@@ -210,7 +210,7 @@ void ComposeView::pressAny() {
 
 void ComposeView::editNote(const std::string& text) {
     choice_.note = records::scalarPrefix(noteLimit, text);
-    if (isShown_) {
+    if (isOpen()) {
         registerNote();
     }
     tellChange();
@@ -225,15 +225,16 @@ bool ComposeView::canSend() const {
 }
 
 void ComposeView::send() {
-    if (!canSend()) {
+    if (!isOpen() || !canSend()) {
         return;
     }
-    // The keys name who sends, and that is who presses: were they taken at the end, somebody who has signed in
-    // meanwhile would find another person's choice as their own.
+    // The keys name who sends and from where, and that is who presses: were they taken at the end, somebody who has
+    // signed in meanwhile would find another person's choice as their own.
     Sending sending{.typeId = selectedType()->id,
                     .roomId = *room(),
                     .note = choice_.note,
                     .recipient = resolveRecipient(state(), choice_.who, typeTarget()),
+                    .remembersRoom = belongsToNoRoom(),
                     .typeKey = defaultKey(compose_default::lastSendTypeId, typeSuffix),
                     .recipientKey = defaultKey(compose_default::lastSendRecipient, recipientSuffix)};
     isSending_ = true;
@@ -264,7 +265,7 @@ void ComposeView::cancel() {
 }
 
 void ComposeView::close() {
-    if (isShown_ && !isClosed_) {
+    if (isOpen()) {
         isClosed_ = true;
         ports_.notes.retireNotes(store::note_key::composeNote);
         onClose_();

@@ -3,6 +3,7 @@
 #include "platform/async.h"
 #include "platform/string_table.h"
 #include "platform/user_defaults.h"
+#include "screens/choice.h"
 #include "screens/theme/color.h"
 #include "screens/who_picker.h"
 #include "store/app_store.h"
@@ -48,12 +49,6 @@ struct ComposeChoice {
     bool operator==(const ComposeChoice&) const = default;
 };
 
-struct ComposeRoom {
-    std::string id;
-    std::string text;
-    bool operator==(const ComposeRoom&) const = default;
-};
-
 struct ComposeType {
     std::string id;
     std::string label;
@@ -68,7 +63,7 @@ struct ComposeScreen {
     std::string roomTitle;
     bool choosesRoom = false;
     std::string fixedRoom;  ///< the name of a room that cannot be changed; empty while it is not known
-    std::vector<ComposeRoom> rooms;
+    std::vector<Choice> rooms;
     std::optional<std::string> selectedRoomId;
     std::string roomPrompt;  ///< while none of `rooms` is selected; a selected room that is no longer offered is named
     std::string roomHint;    ///< may be empty
@@ -133,7 +128,7 @@ public:
 
     /// A room, a type and somebody to send to are there, and nothing is being sent.
     [[nodiscard]] bool canSend() const;
-    /// Sends if it may. A failure leaves everything as it is and shows as the store's `lastError`.
+    /// Sends if it may and the form is open. A failure leaves everything as it is and shows as the store's `lastError`.
     void send();
     void cancel();
 
@@ -151,8 +146,9 @@ private:
         std::string roomId;
         std::string note;
         Recipient recipient;
-        std::string typeKey;       ///< where the type is remembered
-        std::string recipientKey;  ///< where the recipient is
+        bool remembersRoom = false;  ///< the form belonged to no room
+        std::string typeKey;         ///< where the type is remembered
+        std::string recipientKey;    ///< where the recipient is
     };
     static platform::Awaitable<void> run(std::shared_ptr<ComposeView> self, Sending sending);
     void finish(const Sending& sending);
@@ -162,6 +158,9 @@ private:
     [[nodiscard]] std::string roomPrompt() const;
     void selectRoom(std::optional<std::string> roomId);
     [[nodiscard]] std::optional<std::string> typeTarget() const;
+    [[nodiscard]] bool belongsToNoRoom() const { return !place_.fixedRoomId && !place_.homeRoomId; }
+    /// It is shown and not done with.
+    [[nodiscard]] bool isOpen() const { return isShown_ && !isClosed_; }
     [[nodiscard]] std::string defaultKey(std::string_view plain, std::string_view suffix) const;
     void loadDefaults();
     void saveDefaults(const Sending& sending);

@@ -33,7 +33,7 @@ ComposeScreen ComposeView::screen() const {
             const bool isHome = room->id == place_.homeRoomId;
             screen.rooms.push_back(
                 {.id = room->id,
-                 .text = isHome ? vocabulary::roomText(vocabulary::RoomText::homeRoomOption, room->name, strings)
+                 .name = isHome ? vocabulary::roomText(vocabulary::RoomText::homeRoomOption, room->name, strings)
                                 : room->name});
         }
         screen.selectedRoomId = choice_.selectedRoomId;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/string_table.h"
+#include "screens/choice.h"
 #include "screens/compose_form.h"
 #include "store/store_state.h"
 
@@ -10,12 +11,6 @@
 
 /// The one page of the window, as plain values: everything that it shows follows from the store's state.
 namespace zelkovanta::screens {
-
-struct PlainChoice {
-    std::string id;  ///< empty stands for "none of them"
-    std::string name;
-    bool operator==(const PlainChoice&) const = default;
-};
 
 /// The code with which a person signs in here, as it is shown.
 struct PlainSignIn {
@@ -49,7 +44,7 @@ struct PlainPage {
 
     bool asksForRoom = false;  ///< somebody at a shared workstation has to say where they are
     std::string confirmedRoomId;
-    std::vector<PlainChoice> rooms;  ///< the active ones
+    std::vector<Choice> rooms;  ///< the active ones
 
     bool showsReceived = false;
     bool showsSent = false;

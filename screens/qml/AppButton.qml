@@ -1,7 +1,8 @@
 import QtQuick
 import ZelkoVanta.Screens
 
-/// A press, with the mouse, the keyboard or a screen reader.
+/// A button with words. Its kind says how much weight it has, and of which sort: the one thing to do here, to take
+/// something on, to be done with it, or a step that cannot be taken back.
 PressButton {
     id: control
 
@@ -34,7 +35,7 @@ PressButton {
             return Theme.ink;
         case AppButton.Act:
         case AppButton.Finish:
-            return "#FFFFFF";
+            return Theme.white;
         case AppButton.Warn:
             return Theme.redText;
         default:

@@ -4,33 +4,37 @@ import QtQuick
 import QtQuick.Templates as T
 import ZelkoVanta.Screens
 
-/// One of several entries. The choice is kept by its id when the entries change; an entry that is gone gives way to the
-/// first, or to none where a prompt asks for one.
+/// One of several entries, or none yet. Which one is said from outside, by its id; a person who takes another only asks
+/// for it.
 T.ComboBox {
     id: control
 
     required property string label
     required property ChoiceModel choices
-    /// Shown while nothing is chosen. Without it something always is.
-    property string prompt: ""
-    property string selectedId: ""
+    /// Shown while none of the entries is chosen.
+    required property string prompt
+    property string chosenId: ""
     property real popupWidth: width
     readonly property string shownText: currentIndex < 0 ? prompt : displayText
 
-    /// A person chose this entry.
+    /// A person takes this entry.
     signal chosen(string choiceId)
 
     function follow() {
-        const found = control.choices.indexOf(control.selectedId);
-        const fallback = control.prompt === "" && control.count > 0 ? 0 : -1;
-        control.currentIndex = found >= 0 ? found : fallback;
-        control.selectedId = control.choices.idAt(control.currentIndex);
+        control.currentIndex = control.choices.indexOf(control.chosenId);
     }
 
-    /// Shows what was chosen elsewhere.
-    function show(choiceId: string) {
-        control.selectedId = choiceId;
-        control.follow();
+    /// The entry of the opened list that is looked at, wherever it stands now.
+    function lookAt(choiceId: string) {
+        const to = control.choices.indexOf(choiceId);
+        const way = to >= 0 ? to - control.highlightedIndex : 0;
+        for (let step = 0; step < Math.abs(way); ++step) {
+            if (way > 0) {
+                control.incrementCurrentIndex();
+            } else {
+                control.decrementCurrentIndex();
+            }
+        }
     }
 
     model: choices
@@ -58,15 +62,27 @@ T.ComboBox {
     }
 
     onActivated: index => {
-        control.selectedId = control.choices.idAt(index);
-        control.chosen(control.selectedId);
+        control.chosen(control.choices.idAt(index));
+        control.follow();
     }
+    onChosenIdChanged: if (choices)
+        follow()
     Component.onCompleted: follow()
 
     Connections {
-        target: control.choices
-        function onChoicesReplaced() {
+        id: changes
+
+        property string lookedAt: ""
+
+        target: control.model
+        function onChoicesAboutToChange() {
+            changes.lookedAt = control.choices.idAt(control.highlightedIndex);
+        }
+        function onChoicesChanged() {
             control.follow();
+            if (control.popup.visible) {
+                control.lookAt(changes.lookedAt);
+            }
         }
     }
 

@@ -21,6 +21,11 @@ TextInput {
 
     Accessible.role: Accessible.EditableText
     Accessible.name: label
+    Accessible.description: placeholderText
+
+    // Held down, Return is one press.
+    Keys.onReturnPressed: event => event.accepted = event.isAutoRepeat
+    Keys.onEnterPressed: event => event.accepted = event.isAutoRepeat
 
     Text {
         anchors.fill: parent

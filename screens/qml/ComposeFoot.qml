@@ -7,6 +7,13 @@ Rectangle {
 
     required property ComposeModel compose
 
+    /// Something is pressed that may be the end of the form, by mouse or by key.
+    signal pressed(int by)
+
+    function reasonOf(button: Press): int {
+        return button.visualFocus ? Qt.ShortcutFocusReason : Qt.OtherFocusReason;
+    }
+
     implicitHeight: content.height + 2 * Theme.margin
     color: Theme.band
 
@@ -37,19 +44,23 @@ Rectangle {
             width: parent.width
             label: qsTr("Note")
             placeholderText: foot.compose.notePlaceholder
-            text: foot.compose.note
             // Also what a screen reader writes, which is not told as typed. The form keeps only so much of it.
             onTextChanged: {
                 if (text !== foot.compose.note) {
+                    const cursor = cursorPosition;
                     foot.compose.editNote(text);
                     if (text !== foot.compose.note) {
-                        const cursor = cursorPosition;
                         text = foot.compose.note;
                         cursorPosition = Math.min(cursor, length);
                     }
                 }
             }
-            onAccepted: foot.compose.send()
+            onAccepted: {
+                foot.pressed(Qt.ShortcutFocusReason);
+                foot.compose.send();
+            }
+            // No binding: it would put the text back while a letter is on its way into it.
+            Component.onCompleted: text = foot.compose.note
         }
         Caption {
             width: parent.width
@@ -59,14 +70,9 @@ Rectangle {
             maximumLineCount: 4
             wrapMode: Text.Wrap
         }
-        Caption {
+        ErrorText {
             width: parent.width
             text: foot.compose.error
-            color: Theme.red
-            font.pixelSize: Theme.textSize
-            maximumLineCount: 4
-            wrapMode: Text.Wrap
-            Accessible.role: Accessible.AlertMessage
         }
         Item {
             width: parent.width
@@ -76,7 +82,10 @@ Rectangle {
                 id: cancel
                 height: parent.height
                 text: foot.compose.cancelLabel
-                onClicked: foot.compose.cancel()
+                onClicked: {
+                    foot.pressed(foot.reasonOf(cancel));
+                    foot.compose.cancel();
+                }
             }
             AppButton {
                 id: send
@@ -87,7 +96,10 @@ Rectangle {
                 symbol: "paperplane.fill"
                 enabled: foot.compose.canSend
                 text: foot.compose.sendLabel
-                onClicked: foot.compose.send()
+                onClicked: {
+                    foot.pressed(foot.reasonOf(send));
+                    foot.compose.send();
+                }
             }
             Spinner {
                 anchors.right: send.right

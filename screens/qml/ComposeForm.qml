@@ -8,19 +8,31 @@ FocusScope {
     id: form
 
     required property ComposeModel compose
+    /// How the keyboard comes here.
+    required property int focusReason
+
+    /// Something was pressed that may be the end of the form, by mouse or by key.
+    signal pressed(int by)
 
     focus: true
     Accessible.role: Accessible.Form
     Accessible.name: compose.title
 
-    Keys.onEscapePressed: compose.cancel()
-    Component.onCompleted: back.forceActiveFocus(Qt.OtherFocusReason)
+    Keys.onEscapePressed: {
+        pressed(Qt.ShortcutFocusReason);
+        compose.cancel();
+    }
+    Component.onCompleted: back.forceActiveFocus(focusReason)
 
     // A shortcut, since Return alone is a press on whatever has the keyboard.
     Shortcut {
         sequences: ["Ctrl+Return", "Ctrl+Enter"]
         enabled: !picker.choosesRoom
-        onActivated: form.compose.send()
+        autoRepeat: false
+        onActivated: {
+            form.pressed(Qt.ShortcutFocusReason);
+            form.compose.send();
+        }
     }
 
     Rectangle {
@@ -37,7 +49,10 @@ FocusScope {
             id: back
             x: 8
             anchors.verticalCenter: parent.verticalCenter
-            onClicked: form.compose.cancel()
+            onClicked: {
+                form.pressed(visualFocus ? Qt.ShortcutFocusReason : Qt.OtherFocusReason);
+                form.compose.cancel();
+            }
         }
         Words {
             x: 44
@@ -63,5 +78,6 @@ FocusScope {
         anchors.bottom: parent.bottom
         width: parent.width
         compose: form.compose
+        onPressed: by => form.pressed(by)
     }
 }

@@ -12,7 +12,7 @@ Item {
     /// The list of rooms is open.
     readonly property bool choosesRoom: room.popup.visible
 
-    /// The keyboard is between these two heights.
+    /// The keyboard came between these two heights, and not by mouse: what is pressed with it must not move away.
     signal entered(real top, real bottom)
 
     implicitHeight: content.height + 12
@@ -42,17 +42,10 @@ Item {
             label: head.compose.roomTitle
             prompt: head.compose.roomPrompt
             choices: head.compose.rooms
+            chosenId: head.compose.selectedRoomId
             onChosen: choiceId => head.compose.chooseRoom(choiceId)
-            onActiveFocusChanged: if (activeFocus)
+            onActiveFocusChanged: if (activeFocus && focusReason !== Qt.MouseFocusReason)
                 head.entered(0, y + height + 8)
-            Component.onCompleted: show(head.compose.selectedRoomId)
-
-            Connections {
-                target: head.compose
-                function onChanged() {
-                    room.show(head.compose.selectedRoomId);
-                }
-            }
         }
         Caption {
             width: parent.width
@@ -81,8 +74,8 @@ Item {
                     required property string typeId
 
                     widest: types.width
-                    onPicked: head.compose.chooseType(typeId)
-                    onActiveFocusChanged: if (activeFocus)
+                    onClicked: head.compose.chooseType(typeId)
+                    onActiveFocusChanged: if (activeFocus && focusReason !== Qt.MouseFocusReason)
                         head.entered(types.y + y - 8, types.y + y + height + 8)
                 }
             }

@@ -11,9 +11,12 @@ Item {
 
     readonly property real inner: width - 2 * Theme.margin
 
+    /// A form is wanted, by mouse or by key.
+    signal composeAsked(int reason)
+
     /// The keyboard is back from a form.
-    function comeBack() {
-        fab.forceActiveFocus(Qt.OtherFocusReason);
+    function comeBack(reason: int) {
+        fab.forceActiveFocus(reason);
     }
 
     Column {
@@ -151,7 +154,7 @@ Item {
             x: parent.width - width - 16 + Theme.margin
             y: parent.height - height - 16
             visible: desk.page.canSend
-            onClicked: desk.page.openCompose()
+            onClicked: desk.composeAsked(visualFocus ? Qt.ShortcutFocusReason : Qt.OtherFocusReason)
         }
     }
     Column {
@@ -165,17 +168,12 @@ Item {
             height: error.height + 8
             visible: error.text !== ""
 
-            Caption {
+            ErrorText {
                 id: error
                 x: Theme.margin
                 width: desk.inner
-                height: Math.ceil(implicitHeight)
                 text: desk.page.error
-                color: Theme.red
-                font.pixelSize: Theme.textSize
                 maximumLineCount: 3
-                wrapMode: Text.Wrap
-                Accessible.role: Accessible.AlertMessage
             }
         }
         UnlinkCorner {

@@ -15,6 +15,14 @@ Window {
 
     readonly property bool inSight: visible && visibility !== Window.Minimized
 
+    /// How the keyboard goes into the next form and comes back from it. Only a key shows where it is.
+    property int reason: Qt.OtherFocusReason
+
+    function openCompose(by: int) {
+        window.reason = by;
+        window.page.openCompose();
+    }
+
     // What is not to be seen is not made, which most computers never need.
     Loader {
         id: setup
@@ -37,6 +45,7 @@ Window {
         visible: window.page.paired && !form.active
         page: window.page
         inSight: window.inSight
+        onComposeAsked: by => window.openCompose(by)
     }
     Loader {
         id: form
@@ -47,7 +56,13 @@ Window {
     Shortcut {
         sequences: ["Ctrl+N"]
         enabled: window.page.paired && !form.active
-        onActivated: window.page.openCompose()
+        onActivated: window.openCompose(Qt.ShortcutFocusReason)
+    }
+    Connections {
+        target: form.item
+        function onPressed(by: int) {
+            window.reason = by;
+        }
     }
     Connections {
         target: window.page
@@ -56,11 +71,12 @@ Window {
             form.active = window.page.compose !== null;
             if (window.page.compose !== null) {
                 form.setSource("ComposeForm.qml", {
-                    compose: window.page.compose
+                    compose: window.page.compose,
+                    focusReason: window.reason
                 });
             } else {
                 form.source = "";
-                desk.comeBack();
+                desk.comeBack(window.reason);
             }
         }
     }

@@ -7,12 +7,9 @@ AppChoice {
 
     required property QueueScreen screen
 
-    function followOffice() {
-        control.show(control.screen.statusId);
-    }
-
     label: qsTr("Your status")
     choices: screen.statuses
+    chosenId: screen.statusId
     // What is no status that can be chosen reads as the first, and none of them is current.
     prompt: screen.statusText
     visible: screen.hasStatus
@@ -23,19 +20,7 @@ AppChoice {
     popupWidth: 180
     indicator: null
 
-    onChosen: choiceId => {
-        screen.chooseStatus(choiceId);
-        // What is shown is what the office says.
-        followOffice();
-    }
-    Component.onCompleted: followOffice()
-
-    Connections {
-        target: control.screen
-        function onStatusChanged() {
-            control.followOffice();
-        }
-    }
+    onChosen: choiceId => screen.chooseStatus(choiceId)
 
     contentItem: Item {
         StatusPillLabel {

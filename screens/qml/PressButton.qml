@@ -8,10 +8,10 @@ Press {
 
     required property string spokenName
 
-    /// Return together with another key is meant for whoever is around the button.
+    /// Return together with another key is meant for whoever is around the button. Held down it is one press.
     function takeReturn(event) {
         event.accepted = (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier)) === 0;
-        if (event.accepted) {
+        if (event.accepted && !event.isAutoRepeat) {
             control.clicked();
         }
     }

@@ -10,17 +10,6 @@ AppChoice {
     label: qsTr("Current room")
     prompt: qsTr("Choose a room…")
     choices: page.rooms
-    onChosen: choiceId => {
-        page.chooseRoom(choiceId);
-        // What is shown is what the office says.
-        show(page.confirmedRoomId);
-    }
-    Component.onCompleted: show(page.confirmedRoomId)
-
-    Connections {
-        target: control.page
-        function onPageChanged() {
-            control.show(control.page.confirmedRoomId);
-        }
-    }
+    chosenId: page.confirmedRoomId
+    onChosen: choiceId => page.chooseRoom(choiceId)
 }

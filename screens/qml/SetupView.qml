@@ -24,22 +24,20 @@ Flickable {
         spacing: 12
 
         Words {
-            anchors.horizontalCenter: parent.horizontalCenter
+            width: parent.width
             height: Math.ceil(implicitHeight)
             text: qsTr("Set up this computer")
             font.pixelSize: Theme.titleSize
             font.weight: Font.DemiBold
+            horizontalAlignment: Text.AlignHCenter
+            maximumLineCount: 3
+            wrapMode: Text.Wrap
             Accessible.role: Accessible.Heading
         }
-        Caption {
+        ErrorText {
             width: parent.width
-            height: Math.ceil(implicitHeight)
             text: setup.page.setupNotice
-            color: Theme.red
-            font.pixelSize: Theme.textSize
             horizontalAlignment: Text.AlignHCenter
-            maximumLineCount: 4
-            wrapMode: Text.Wrap
         }
         QrCodeCard {
             width: parent.width
@@ -51,12 +49,9 @@ Flickable {
             illegibleText: qsTr("The code can't be shown. Type a pairing code instead.")
             caption: qsTr("Scan with the ZelkoVanta app, or type a pairing code from the web admin.")
         }
-        Caption {
+        ErrorText {
             width: parent.width
-            height: Math.ceil(implicitHeight)
             text: setup.page.setupError
-            color: Theme.red
-            font.pixelSize: Theme.textSize
             horizontalAlignment: Text.AlignHCenter
         }
         Item {
@@ -88,13 +83,10 @@ Flickable {
                 onClicked: setup.page.pair()
             }
         }
-        Caption {
+        ErrorText {
             width: parent.width
-            height: Math.ceil(implicitHeight)
             text: setup.page.pairingError
-            color: Theme.red
-            maximumLineCount: 4
-            wrapMode: Text.Wrap
+            font.pixelSize: Theme.captionSize
         }
     }
 

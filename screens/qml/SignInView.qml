@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import ZelkoVanta.Screens
 
 /// A computer at which somebody has to sign in first: a code to be scanned, which changes by itself.
@@ -22,7 +21,7 @@ Flickable {
         of: view
     }
 
-    ColumnLayout {
+    Column {
         id: content
 
         x: (view.width - width) / 2
@@ -31,7 +30,8 @@ Flickable {
         spacing: 12
 
         Words {
-            Layout.fillWidth: true
+            width: parent.width
+            height: Math.ceil(implicitHeight)
             text: view.page.signInHeading
             font.pixelSize: Theme.titleSize
             font.weight: Font.DemiBold
@@ -41,7 +41,7 @@ Flickable {
             Accessible.role: Accessible.Heading
         }
         QrCodeCard {
-            Layout.fillWidth: true
+            width: parent.width
             spokenName: qsTr("Sign-in code")
             file: view.page.signInImage
             hasImage: view.page.hasSignInImage
@@ -54,11 +54,9 @@ Flickable {
             expiresAt: view.page.signInError === "" ? view.page.signInExpiresAt : ""
             onTicked: countdown = view.page.codeRefreshText(expiresAt)
         }
-        Caption {
-            Layout.fillWidth: true
+        ErrorText {
+            width: parent.width
             text: view.page.signInError
-            color: Theme.red
-            font.pixelSize: Theme.textSize
             horizontalAlignment: Text.AlignHCenter
         }
     }

@@ -10,24 +10,12 @@ Rectangle {
     implicitHeight: 30
     color: Theme.band
 
-    Timer {
-        id: doubt
-        interval: 6000
-    }
-
     AppButton {
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
         implicitHeight: 24
-        kind: doubt.running ? AppButton.Warn : AppButton.Plain
-        text: doubt.running ? qsTr("Press again to unlink") : qsTr("Unlink this computer")
-        onClicked: {
-            if (doubt.running) {
-                doubt.stop();
-                corner.page.unlink();
-            } else {
-                doubt.start();
-            }
-        }
+        kind: corner.page.asksToUnlink ? AppButton.Warn : AppButton.Plain
+        text: corner.page.asksToUnlink ? qsTr("Press again to unlink") : qsTr("Unlink this computer")
+        onClicked: corner.page.pressUnlink()
     }
 }

@@ -10,12 +10,9 @@ ListView {
 
     required property ComposeModel compose
 
-    /// Somebody has scrolled; until then the beginning is in sight.
-    property bool moved: false
     readonly property bool choosesRoom: head.choosesRoom
 
     function step(by: int) {
-        list.moved = true;
         const to = list.currentIndex + by;
         if (to >= 0 && to < list.count) {
             list.positionViewAtIndex(to, ListView.Contain);
@@ -41,8 +38,11 @@ ListView {
     spacing: 6
     bottomMargin: 10
 
-    Accessible.role: Accessible.List
-    Accessible.name: compose.whoTitle
+    // The people alone, and not what is scrolled with them.
+    Component.onCompleted: {
+        contentItem.Accessible.role = Accessible.List;
+        contentItem.Accessible.name = Qt.binding(() => list.compose.whoTitle);
+    }
 
     AppScrollBar {
         of: list
@@ -54,21 +54,27 @@ ListView {
     ComposeHead {
         id: head
 
-        parent: list.contentItem
-        y: -height
+        property real lastHeight: 0
+
+        parent: list
+        y: -list.contentY - height
         width: list.width
         compose: list.compose
         onEntered: (top, bottom) => {
-            if (list.contentY > y + top) {
-                list.contentY = y + top;
-            } else if (list.contentY + list.height < y + bottom) {
-                list.contentY = y + bottom - list.height;
+            if (y + top < 0) {
+                list.contentY += y + top;
+            } else if (y + bottom > list.height) {
+                list.contentY += y + bottom - list.height;
             }
         }
-        onHeightChanged: if (!list.moved)
-            list.contentY = -height
+        // What was in sight from its beginning stays so.
+        onHeightChanged: {
+            if (list.contentY <= -lastHeight) {
+                list.contentY = -height;
+            }
+            lastHeight = height;
+        }
     }
-    onMovementStarted: moved = true
 
     delegate: WhoRow {
         id: entry
@@ -81,13 +87,16 @@ ListView {
         activeFocusOnTab: ListView.isCurrentItem || activeFocus
 
         onYChanged: order.schedule()
-        onPicked: {
+        onClicked: {
             list.currentIndex = entry.index;
             list.compose.pressWho(entry.index);
         }
         onActiveFocusChanged: if (activeFocus) {
             list.currentIndex = entry.index;
-            list.positionViewAtIndex(entry.index, ListView.Contain);
+            // What is pressed with the mouse must not move away below it.
+            if (focusReason !== Qt.MouseFocusReason) {
+                list.positionViewAtIndex(entry.index, ListView.Contain);
+            }
         }
         Keys.onUpPressed: list.step(-1)
         Keys.onDownPressed: list.step(1)
@@ -105,5 +114,8 @@ ListView {
     ReadingOrder {
         id: order
         of: list.contentItem
+    }
+    ReadingOrder {
+        of: list
     }
 }

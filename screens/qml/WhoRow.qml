@@ -17,15 +17,24 @@ PickRow {
     required property string doNotDisturb
 
     readonly property color ink: Theme.dark ? tint.dark : tint.light
+    // A person stands below the department.
+    readonly property real indent: symbol === "" ? 12 : 0
+    /// What stands behind the name stands below it where there is not enough room for both.
+    readonly property bool stacked: details.implicitWidth > 0 && Math.ceil(name.implicitWidth) + 8 + details.implicitWidth > content.free
 
     checked: chosen
     edge: ink
-    implicitHeight: 40
-    // A person stands below the department.
-    leftPadding: symbol === "" ? 22 : 10
+    implicitHeight: stacked ? 50 : 40
 
     contentItem: Item {
+        id: content
+
+        readonly property real start: row.indent + 34
+        /// Up to the mark of who is chosen.
+        readonly property real free: width - start - 24
+
         SymbolIcon {
+            x: row.indent
             width: 20
             height: 20
             anchors.verticalCenter: parent.verticalCenter
@@ -34,6 +43,7 @@ PickRow {
             color: row.ink
         }
         MemberAvatar {
+            x: row.indent
             anchors.verticalCenter: parent.verticalCenter
             visible: row.symbol === ""
             // A department has no avatar, but letters must have a size.
@@ -44,39 +54,52 @@ PickRow {
         }
         Words {
             id: name
-            x: 34
-            width: Math.min(Math.ceil(implicitWidth), details.x - x - 8)
+            x: content.start
+            width: Math.min(Math.ceil(implicitWidth), content.free)
             anchors.verticalCenter: parent.verticalCenter
+            anchors.verticalCenterOffset: row.stacked ? -9 : 0
             text: row.label
             font.weight: row.symbol !== "" ? Font.DemiBold : Font.Normal
             Accessible.ignored: true
         }
-        Row {
+        Item {
             id: details
 
-            x: Math.min(name.x + Math.ceil(name.implicitWidth) + 8, parent.width - width - 24)
+            readonly property real gap: row.queue !== "" && row.doNotDisturb !== "" ? 8 : 0
+
+            x: row.stacked ? name.x : name.x + name.width + 8
             anchors.verticalCenter: parent.verticalCenter
-            spacing: 8
+            anchors.verticalCenterOffset: row.stacked ? 10 : 0
+            implicitWidth: (row.queue !== "" ? Math.ceil(queue.implicitWidth) : 0) + gap + quiet.implicitWidth
+            width: Math.min(implicitWidth, content.free)
+            height: Math.max(queue.height, quiet.height)
 
             Words {
+                id: queue
+                width: Math.max(0, details.width - quiet.width - details.gap)
                 anchors.verticalCenter: parent.verticalCenter
-                visible: text !== ""
+                visible: row.queue !== ""
                 text: row.queue
                 color: Theme.tertiary
                 font.pixelSize: Theme.captionSize
                 Accessible.ignored: true
             }
             Rectangle {
+                id: quiet
+                x: details.width - width
                 anchors.verticalCenter: parent.verticalCenter
                 visible: row.doNotDisturb !== ""
-                width: Math.ceil(quiet.implicitWidth) + 10
-                height: Math.ceil(quiet.implicitHeight) + 2
-                radius: height / 2
+                implicitWidth: row.doNotDisturb !== "" ? Math.ceil(quietText.implicitWidth) + 10 : 0
+                width: Math.min(implicitWidth, details.width)
+                height: Math.ceil(quietText.implicitHeight) + 2
+                radius: visible ? height / 2 : 0
                 color: Qt.alpha(Theme.stone, 0.18)
 
                 Words {
-                    id: quiet
-                    anchors.centerIn: parent
+                    id: quietText
+                    x: 5
+                    width: Math.max(0, parent.width - 2 * x)
+                    anchors.verticalCenter: parent.verticalCenter
                     text: row.doNotDisturb
                     color: Theme.stoneText
                     font.pixelSize: Theme.badgeSize

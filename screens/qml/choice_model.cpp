@@ -1,47 +1,39 @@
 #include "screens/qml/choice_model.h"
 
+#include "screens/qml/shown_text.h"
+
 #include <algorithm>
-#include <cstddef>
+#include <utility>
 
 #include <QString>
 
 namespace zelkovanta::screens::qml {
 
-void ChoiceModel::setChoices(const std::vector<PlainChoice>& choices) {
-    if (choices == choices_) {
+void ChoiceModel::setChoices(std::vector<Choice> choices) {
+    if (choices == rows()) {
         return;
     }
-    beginResetModel();
-    choices_ = choices;
-    endResetModel();
-    Q_EMIT choicesReplaced();
+    Q_EMIT choicesAboutToChange();
+    replaceRows(std::move(choices));
+    Q_EMIT choicesChanged();
 }
 
 int ChoiceModel::indexOf(const QString& id) const {
-    const auto found = std::ranges::find(choices_, id.toStdString(), &PlainChoice::id);
-    return found == choices_.end() ? -1 : static_cast<int>(found - choices_.begin());
+    const auto found = std::ranges::find(rows(), id.toStdString(), &Choice::id);
+    return found == rows().end() ? -1 : static_cast<int>(found - rows().begin());
 }
 
 QString ChoiceModel::idAt(int index) const {
-    const bool isInside = index >= 0 && index < static_cast<int>(choices_.size());
-    return isInside ? QString::fromStdString(choices_[static_cast<std::size_t>(index)].id) : QString{};
+    return index >= 0 && index < count() ? shown(row(index).id) : QString{};
 }
 
-int ChoiceModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(choices_.size());
-}
-
-QVariant ChoiceModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
-        return {};
-    }
-    const PlainChoice& choice = choices_[static_cast<std::size_t>(index.row())];
+QVariant ChoiceModel::valueOf(const Choice& choice, int role) const {
     switch (role) {
         case choiceId:
-            return QString::fromStdString(choice.id);
+            return shown(choice.id);
         case name:
         case Qt::DisplayRole:
-            return QString::fromStdString(choice.name);
+            return shown(choice.name);
         default:
             return {};
     }

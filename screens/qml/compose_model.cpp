@@ -3,7 +3,6 @@
 #include <optional>
 #include <utility>
 #include <variant>
-#include <vector>
 
 namespace zelkovanta::screens::qml {
 
@@ -32,12 +31,7 @@ void ComposeModel::refresh() {
         return;
     }
     screen_ = std::move(screen);
-    std::vector<PlainChoice> rooms;
-    rooms.reserve(screen_.rooms.size());
-    for (const ComposeRoom& room : screen_.rooms) {
-        rooms.push_back({room.id, room.text});
-    }
-    rooms_.setChoices(rooms);
+    rooms_.setChoices(screen_.rooms);
     types_.setTypes(screen_.types);
     who_.setRows(screen_.who.rows);
     Q_EMIT changed();

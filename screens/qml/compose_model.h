@@ -3,6 +3,7 @@
 #include "screens/compose_form.h"
 #include "screens/qml/choice_model.h"
 #include "screens/qml/shown_choice.h"
+#include "screens/qml/shown_text.h"
 #include "store/app_store.h"
 
 #include <memory>
@@ -88,7 +89,6 @@ Q_SIGNALS:
     void closed();
 
 private:
-    static QString shown(const std::string& text) { return QString::fromStdString(text); }
     void refresh();
 
     ComposeScreen screen_;

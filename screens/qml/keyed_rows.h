@@ -13,8 +13,9 @@
 
 namespace zelkovanta::screens::qml {
 
-/// Rows that are told apart by a key, which is unique among them. What changes is told as removals, inserts, moves and
-/// changed fields, so that every other row keeps its place on screen, its focus and its state.
+/// Rows that are told apart by a key: of several with one key the first stands for all. What changes is told as
+/// removals, inserts, moves and changed fields, so that every other row keeps its place on screen, its focus and its
+/// state.
 template <class Row>
 class KeyedRows : public QAbstractListModel {
 public:
@@ -34,6 +35,7 @@ protected:
     [[nodiscard]] const Row& row(int index) const { return rows_[static_cast<std::size_t>(index)]; }
 
     void replaceRows(std::vector<Row> rows) {
+        dropRepeated(rows);
         removeAbsent(rows);
         insertAndMove(rows);
         replaceChanged(std::move(rows));
@@ -48,6 +50,14 @@ private:
             keys.insert(keyOf(row));
         }
         return keys;
+    }
+
+    void dropRepeated(std::vector<Row>& rows) const {
+        if (keysOf(rows).size() == rows.size()) {
+            return;
+        }
+        std::unordered_set<std::string> seen;
+        std::erase_if(rows, [&](const Row& row) { return !seen.insert(keyOf(row)).second; });
     }
 
     void removeAbsent(const std::vector<Row>& rows) {

@@ -11,7 +11,10 @@
 namespace zelkovanta::screens::qml {
 
 PageModel::PageModel(std::shared_ptr<store::AppStore> store, const PagePorts& ports)
-    : store_(std::move(store)), ports_(ports), queue_(store_, ports.main, ports.clock, ports.strings) {
+    : store_(std::move(store)),
+      ports_(ports),
+      queue_(store_, ports.main, ports.clock, ports.strings),
+      unlinkDoubt_(ports.doubleClick) {
     refresh();
     observation_ = store_->observe([this](const store::StoreChanges&) { refresh(); });
 }
@@ -34,6 +37,7 @@ void PageModel::refresh() {
     }
     if (before.isPaired != page_.isPaired) {
         setPairingForm({.code = {}, .isBusy = pairingForm_.isBusy, .error = {}});
+        forgetUnlinking();
     }
     rooms_.setChoices(page_.rooms);
     Q_EMIT pageChanged();
@@ -133,8 +137,22 @@ void PageModel::signOut() {
     platform::startTask(ports_.main, [store = store_] { return store->signOutStation(); });
 }
 
-void PageModel::unlink() {
-    platform::startTask(ports_.main, [store = store_] { return store->unlinkComputer(); });
+void PageModel::pressUnlink() {
+    const auto now = ports_.clock.steadyNow();
+    if (unlinkDoubt_.press(now)) {
+        unlinkTimer_.reset();
+        platform::startTask(ports_.main, [store = store_] { return store->unlinkComputer(); });
+    } else {
+        unlinkTimer_ =
+            ports_.clock.callAfter(unlinkDoubt_.left(now), ports_.main, [this] { Q_EMIT asksToUnlinkChanged(); });
+    }
+    Q_EMIT asksToUnlinkChanged();
+}
+
+void PageModel::forgetUnlinking() {
+    unlinkTimer_.reset();
+    unlinkDoubt_ = UnlinkDoubt{ports_.doubleClick};
+    Q_EMIT asksToUnlinkChanged();
 }
 
 }  // namespace zelkovanta::screens::qml

@@ -7,6 +7,8 @@
 #include "screens/qml/choice_model.h"
 #include "screens/qml/compose_model.h"
 #include "screens/qml/queue_screen.h"
+#include "screens/qml/shown_text.h"
+#include "screens/unlink_doubt.h"
 #include "store/app_store.h"
 
 #include <memory>
@@ -21,11 +23,12 @@ namespace zelkovanta::screens::qml {
 /// What the page needs of the host and of what stands beside the store. The references must outlive it.
 struct PagePorts {
     platform::Executor main;
-    const platform::Clock& clock;
+    platform::Clock& clock;
     const platform::StringTable& strings;
     platform::UserDefaults& defaults;
     store::NoteRegistry& notes;
     store::CrashSession& crash;
+    platform::Duration doubleClick;  ///< how fast two presses follow each other that are meant as one
 };
 
 /// The page as QML reads it, and the presses on it as operations of the store. Main thread.
@@ -62,6 +65,8 @@ class PageModel : public QObject {
     Q_PROPERTY(bool mayPair READ mayPair NOTIFY pairingFormChanged)
     Q_PROPERTY(bool pairing READ pairing NOTIFY pairingFormChanged)
     Q_PROPERTY(QString pairingError READ pairingError NOTIFY pairingFormChanged)
+    /// The next press on the button that unlinks will be meant.
+    Q_PROPERTY(bool asksToUnlink READ asksToUnlink NOTIFY asksToUnlinkChanged)
     Q_PROPERTY(zelkovanta::screens::qml::QueueScreen* queue READ queue CONSTANT)
     /// Null while no form is open.
     Q_PROPERTY(zelkovanta::screens::qml::ComposeModel* compose READ compose NOTIFY composeChanged)
@@ -98,6 +103,7 @@ public:
     [[nodiscard]] bool mayPair() const { return pairingForm_.mayPair(); }
     [[nodiscard]] bool pairing() const { return pairingForm_.isBusy; }
     [[nodiscard]] QString pairingError() const { return shown(pairingForm_.error); }
+    [[nodiscard]] bool asksToUnlink() const { return unlinkDoubt_.isAsking(ports_.clock.steadyNow()); }
     [[nodiscard]] QueueScreen* queue() { return &queue_; }
     [[nodiscard]] ComposeModel* compose() const { return compose_; }
     [[nodiscard]] ChoiceModel* rooms() { return &rooms_; }
@@ -114,22 +120,24 @@ public:
     Q_INVOKABLE [[nodiscard]] QString codeRefreshText(const QString& expiresAt) const;
     Q_INVOKABLE void chooseRoom(const QString& roomId);
     Q_INVOKABLE void signOut();
-    Q_INVOKABLE void unlink();
+    /// The first one asks, a second one takes this computer out of its office.
+    Q_INVOKABLE void pressUnlink();
 
 Q_SIGNALS:
     void pageChanged();
     void setupImageChanged();
     void signInImageChanged();
     void pairingFormChanged();
+    void asksToUnlinkChanged();
     void composeChanged();
 
 private:
-    static QString shown(const std::string& text) { return QString::fromStdString(text); }
     void refresh();
     /// The open form keeps to whoever and wherever it was opened for.
     void followForm(bool canSend);
     void closeCompose();
     void setPairingForm(PairingForm form);
+    void forgetUnlinking();
 
     const std::shared_ptr<store::AppStore> store_;
     const PagePorts ports_;
@@ -141,6 +149,8 @@ private:
     ComposeModel* compose_ = nullptr;  ///< a child of this
     PlainFormPlace composePlace_;
     ChoiceModel rooms_;
+    UnlinkDoubt unlinkDoubt_;
+    platform::Timer unlinkTimer_;
     std::shared_ptr<void> observation_;  ///< last: ends first
 };
 

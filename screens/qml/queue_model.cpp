@@ -1,6 +1,7 @@
 #include "screens/qml/queue_model.h"
 
 #include "screens/qml/shown_row.h"
+#include "screens/qml/shown_text.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,10 +12,6 @@
 namespace zelkovanta::screens::qml {
 
 namespace {
-
-QVariant shown(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QVariant shown(const theme::ColorPair& color) {
     return QVariant::fromValue(ShownColor{color});
@@ -93,7 +90,7 @@ int QueueModel::tick() {
 }
 
 QString QueueModel::header() const {
-    return QString::fromStdString(header_.value_or(""));
+    return shown(header_.value_or(""));
 }
 
 void QueueModel::press(const QString& id, std::optional<RowAction> QueueRow::* action) const {
@@ -111,15 +108,15 @@ void QueueModel::press(const QString& id, std::optional<RowAction> QueueRow::* a
 }
 
 QString QueueModel::emptySymbol() const {
-    return empty_ ? QString::fromStdString(empty_->systemImage) : QString{};
+    return empty_ ? shown(empty_->systemImage) : QString{};
 }
 
 QString QueueModel::emptyTitle() const {
-    return empty_ ? QString::fromStdString(empty_->title) : QString{};
+    return empty_ ? shown(empty_->title) : QString{};
 }
 
 QString QueueModel::emptySubtitle() const {
-    return empty_ ? QString::fromStdString(empty_->subtitle.value_or("")) : QString{};
+    return empty_ ? shown(empty_->subtitle.value_or("")) : QString{};
 }
 
 QVariant QueueModel::valueOf(const QueueEntryHandle& entry, int role) const {

@@ -1,5 +1,6 @@
 #include "screens/qml/queue_screen.h"
 
+#include "screens/qml/shown_text.h"
 #include "screens/queue_row_actions.h"
 #include "store/queues.h"
 
@@ -12,10 +13,6 @@
 namespace zelkovanta::screens::qml {
 
 namespace {
-
-QString shown(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 /// Whether the lists or the status may read otherwise now. A lost connection and a failed press leave them alone.
 bool concernsQueues(const store::StoreChanges& changes) {
@@ -73,13 +70,13 @@ void QueueScreen::refreshStatus() {
         return;
     }
     status_ = std::move(status);
-    std::vector<PlainChoice> entries;
+    std::vector<Choice> entries;
     if (status_) {
         for (const auto& entry : status_->entries) {
             entries.push_back({std::string{records::rawValue(entry.status)}, entry.text});
         }
     }
-    statuses_.setChoices(entries);
+    statuses_.setChoices(std::move(entries));
     Q_EMIT statusChanged();
 }
 
@@ -115,7 +112,7 @@ QString QueueScreen::statusId() const {
     if (status_) {
         const auto current = std::ranges::find_if(status_->entries, &MemberStatusControl::Entry::isCurrent);
         if (current != status_->entries.end()) {
-            return shown(std::string{records::rawValue(current->status)});
+            return shown(records::rawValue(current->status));
         }
     }
     return {};

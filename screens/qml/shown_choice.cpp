@@ -1,5 +1,6 @@
 #include "screens/qml/shown_choice.h"
 
+#include "screens/qml/shown_text.h"
 #include "screens/qml/theme.h"
 
 #include <unordered_set>
@@ -12,10 +13,6 @@
 namespace zelkovanta::screens::qml {
 
 namespace {
-
-QString shown(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 std::string keyOfRow(const WhoRow& row) {
     struct Namer {

@@ -45,9 +45,7 @@ class Theme : public QObject {
 
     Q_PROPERTY(QColor accent READ accent CONSTANT)
     Q_PROPERTY(QColor accentLight READ accentLight CONSTANT)
-    Q_PROPERTY(QColor highlight READ highlight CONSTANT)
     Q_PROPERTY(QColor ink READ ink CONSTANT)
-    Q_PROPERTY(QColor orange READ orange CONSTANT)
     Q_PROPERTY(QColor blue READ blue CONSTANT)
     Q_PROPERTY(QColor red READ red CONSTANT)
     Q_PROPERTY(QColor green READ green CONSTANT)
@@ -63,7 +61,6 @@ class Theme : public QObject {
     Q_PROPERTY(QColor hairline READ hairline NOTIFY appearanceChanged)
     Q_PROPERTY(QColor blueText READ blueText NOTIFY appearanceChanged)
     Q_PROPERTY(QColor redText READ redText NOTIFY appearanceChanged)
-    Q_PROPERTY(QColor greenText READ greenText NOTIFY appearanceChanged)
     Q_PROPERTY(QColor stoneText READ stoneText NOTIFY appearanceChanged)
     Q_PROPERTY(QColor focusRing READ blueText NOTIFY appearanceChanged)
 
@@ -87,9 +84,7 @@ public:
 
     [[nodiscard]] static QColor accent() { return toColor(theme::brandYellow); }
     [[nodiscard]] static QColor accentLight() { return toColor(theme::brandYellowLight); }
-    [[nodiscard]] static QColor highlight() { return toColor(theme::highlightYellow); }
     [[nodiscard]] static QColor ink() { return toColor(theme::ink); }
-    [[nodiscard]] static QColor orange() { return toColor(theme::brandOrange); }
     [[nodiscard]] static QColor blue() { return toColor(theme::brandBlue); }
     [[nodiscard]] static QColor red() { return toColor(theme::brandRed); }
     [[nodiscard]] static QColor green() { return toColor(theme::brandGreen); }
@@ -105,7 +100,6 @@ public:
     [[nodiscard]] QColor hairline() const { return shown(theme::hairline); }
     [[nodiscard]] QColor blueText() const { return shown(theme::blueText); }
     [[nodiscard]] QColor redText() const { return shown(theme::redText); }
-    [[nodiscard]] QColor greenText() const { return shown(theme::greenText); }
     [[nodiscard]] QColor stoneText() const { return shown(theme::stoneText); }
 
     /// What a text size in pixels is in points, of which there may be parts as well.

@@ -57,6 +57,27 @@ TEST_P(ComposeKeys, escapeLeavesTheForm) {
     EXPECT_EQ(sent(), "no request");
 }
 
+TEST_F(ComposePage, aKeyThatIsHeldSendsOnce) {
+    openRoom();
+    for (const Stop& from : {Stop{QAccessible::EditableText, "Note"}, Stop{QAccessible::Button, sendButton}}) {
+        ASSERT_TRUE(tabTo(from.role, from.name));
+        for (const auto with : {Qt::NoModifier, Qt::ControlModifier}) {
+            const auto before = page.computer.requestCount("POST", "/signals");
+            QTest::keyPress(page.window, Qt::Key_Return, with);
+            page.settle();
+            ASSERT_EQ(page.computer.requestCount("POST", "/signals"), before + 1);
+            page.computer.answer("POST", "/signals", 409, R"({"error":"busy","message":"The office is closed."})");
+            page.settle();
+            ASSERT_TRUE(maySend());
+            ASSERT_TRUE(tabTo(from.role, from.name));
+            QTest::simulateEvent(page.window, true, Qt::Key_Return, with, {}, true);
+            page.settle();
+            EXPECT_EQ(page.computer.requestCount("POST", "/signals"), before + 1) << from;
+            QTest::keyRelease(page.window, Qt::Key_Return, with);
+        }
+    }
+}
+
 TEST_F(ComposePage, controlAndReturnSendFromAPersonToo) {
     openRoom();
     ASSERT_TRUE(tabTo(QAccessible::CheckBox, "Any "));

@@ -109,6 +109,18 @@ TEST_F(ComposePage, aNoteStopsGrowingAtTwoHundredScalars) {
     EXPECT_EQ(note(), "cd" + long199.substr(1)) << "the cursor stays where it was typed";
 }
 
+TEST_F(ComposePage, theFirstLetterTooManyLeavesTheCursorWhereItWasTyped) {
+    openRoom();
+    const std::string whole(200, 'a');
+    writeNote(whole);
+    page.key(Qt::Key_Home);
+    page.key(Qt::Key_Right);
+    page.type("c");
+    EXPECT_EQ(note(), "ac" + whole.substr(2));
+    page.type("d");
+    EXPECT_EQ(note(), "acd" + whole.substr(3));
+}
+
 TEST_F(ComposePage, aFailureKeepsEverythingAndASecondTryMaySucceed) {
     openRoom();
     pick("Dr. Leila Amari");
@@ -143,6 +155,32 @@ TEST_F(ComposePage, escapeTheBackButtonAndCancelLeaveTheForm) {
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(sent(), "no request");
     EXPECT_TRUE(page.node(QAccessible::Button, openingButton).state().focused) << "the keyboard is back where it was";
+}
+
+TEST_F(ComposePage, theKeyboardShowsWhereItIsOnceAKeyWasUsed) {
+    page.computer.launchWith("room", practice());
+    page.open();
+    const auto isRinged = [&](const char* name) {
+        return page.node(QAccessible::Button, name).interface->object()->property("visualFocus").toBool();
+    };
+    page.click(page.node(QAccessible::Button, openingButton));
+    EXPECT_FALSE(isRinged("Back"));
+    page.click(page.node(QAccessible::Button, "Cancel"));
+    EXPECT_TRUE(isFocused(QAccessible::Button, openingButton));
+    EXPECT_FALSE(isRinged(openingButton));
+    keyWithControl(Qt::Key_N);
+    EXPECT_TRUE(isRinged("Back"));
+    page.key(Qt::Key_Escape);
+    EXPECT_TRUE(isRinged(openingButton));
+    page.key(Qt::Key_Return);
+    EXPECT_TRUE(isRinged("Back"));
+    page.key(Qt::Key_Space);
+    EXPECT_TRUE(isRinged(openingButton));
+    keyWithControl(Qt::Key_N);
+    keyWithControl(Qt::Key_Return);
+    page.computer.answerWith("POST", "/signals", support::makeSignal("call-9"));
+    page.settle();
+    EXPECT_TRUE(isRinged(openingButton));
 }
 
 TEST_F(ComposePage, aPersonsComputerAsksForTheRoom) {

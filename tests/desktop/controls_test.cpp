@@ -40,10 +40,10 @@ constexpr Control buttons[] = {
 
 constexpr Control entries[] = {
     {"PickRow", R"(PickRow { objectName: "control"; spokenName: "June"; width: 120; x: 20; y: 20
-                             contentItem: Item {} onPicked: ++window.presses })",
+                             contentItem: Item {} onClicked: ++window.presses })",
      QAccessible::CheckBox},
     {"TypeChoice", R"(TypeChoice { objectName: "control"; label: "Urgent"; tint: "#E21833"; chosen: false; widest: 200
-                                   x: 20; y: 20; onPicked: ++window.presses })",
+                                   x: 20; y: 20; onClicked: ++window.presses })",
      QAccessible::RadioButton},
 };
 
@@ -75,6 +75,16 @@ TEST_P(EveryControl, isPressedWithSpaceReturnAndEnter) {
     piece.key(Qt::Key_Enter, Qt::KeypadModifier);
     EXPECT_EQ(piece.presses(), 3);
     EXPECT_EQ(piece.heard(), 0) << "what pressed something is not heard around it";
+}
+
+TEST_P(EveryControl, isPressedOnceHoweverLongReturnIsHeld) {
+    piece.focus("control");
+    int presses = 0;
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+        piece.hold(key, 4);
+        EXPECT_EQ(piece.presses(), ++presses);
+    }
+    EXPECT_EQ(piece.heard(), 0) << "nor is the rest heard around it";
 }
 
 TEST_P(EveryControl, leavesReturnWithAnotherKeyToWhoeverIsAround) {
@@ -115,6 +125,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Buttons, EveryButton, testing::ValuesIn(buttons));
+INSTANTIATE_TEST_SUITE_P(Entries, EveryButton, testing::ValuesIn(entries));
 
 TEST_P(EveryButton, isPressedByAMouseThatIsLetGoOnIt) {
     QTest::mousePress(piece.window.get(), Qt::LeftButton, {}, inside);
@@ -159,6 +170,14 @@ INSTANTIATE_TEST_SUITE_P(Entries, EveryEntry, testing::ValuesIn(entries));
 TEST_P(EveryEntry, isToggledByAScreenReader) {
     piece.act(piece.node(GetParam().role), QAccessibleActionInterface::toggleAction());
     EXPECT_EQ(piece.presses(), 1);
+    EXPECT_FALSE(piece.node(GetParam().role).state().checked) << "a press only asks for it";
+}
+
+TEST_P(EveryEntry, saysThatItIsChosen) {
+    EXPECT_TRUE(piece.node(GetParam().role).state().checkable);
+    EXPECT_FALSE(piece.node(GetParam().role).state().checked);
+    piece.object("control")->setProperty("checked", true);
+    EXPECT_TRUE(piece.node(GetParam().role).state().checked);
 }
 
 TEST(DisabledButton, cannotBePressedByAScreenReaderEither) {
@@ -203,6 +222,21 @@ TEST(Field, isOutlinedWhileItHasTheKeyboard) {
     piece.focus("field");
     EXPECT_GT(pixelsOf(piece.picture(), ring), 40);
     EXPECT_EQ(piece.node(QAccessible::EditableText).name, "Note");
+}
+
+TEST(Field, tellsAScreenReaderWhatBelongsIntoIt) {
+    const Piece piece(R"(AppField { label: "Code"; placeholderText: "XXXX-XXXX"; width: 160 })");
+    EXPECT_EQ(piece.node(QAccessible::EditableText).interface->text(QAccessible::Description), "XXXX-XXXX");
+}
+
+TEST(Field, isDoneWithOnceHoweverLongReturnIsHeld) {
+    Piece piece(R"(AppField { objectName: "field"; label: "Note"; width: 160; onAccepted: ++window.presses })");
+    piece.focus("field");
+    int presses = 0;
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+        piece.hold(key, 4);
+        EXPECT_EQ(piece.presses(), ++presses);
+    }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <set>
 #include <string>
 
+#include <QtTest/QTest>
 #include <gtest/gtest.h>
 
 namespace zelkovanta::desktop_test {
@@ -45,6 +46,10 @@ protected:
                                      adjust(snapshot);
                                  }));
         page.open();
+    }
+    void advance(platform::Duration time) {
+        page.computer.loop.advance(time);
+        page.settle();
     }
     std::string openBody(std::string_view method, std::string_view path) {
         auto* request = page.computer.openRequest(method, path);
@@ -197,11 +202,49 @@ TEST_F(DeskPage, unlinkingTakesTwoPresses) {
     openRoom();
     page.press("Unlink this computer");
     EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 0U);
+    advance(1s);
     page.press("Press again to unlink");
     EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 1U);
     page.computer.answer("DELETE", "/devices/me", 200);
     page.settle();
     EXPECT_TRUE(page.says("Set up this computer"));
+}
+
+TEST_F(DeskPage, aDoubleClickDoesNoMoreThanAskWhetherToUnlink) {
+    openRoom();
+    const Node button = page.node(QAccessible::Button, "Unlink this computer");
+    QTest::mouseDClick(page.window, Qt::LeftButton, {}, page.window->mapFromGlobal(button.rect().center()));
+    page.settle();
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 0U);
+    page.click(page.node(QAccessible::Button, "Press again to unlink"));
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 0U) << "nor does a third";
+    advance(400ms);
+    page.click(page.node(QAccessible::Button, "Press again to unlink"));
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 1U);
+}
+
+TEST_F(DeskPage, aKeyThatIsHeldDoesNoMoreThanAskWhetherToUnlink) {
+    openRoom();
+    auto* const button =
+        qobject_cast<QQuickItem*>(page.node(QAccessible::Button, "Unlink this computer").interface->object());
+    button->forceActiveFocus(Qt::TabFocusReason);
+    QTest::keyPress(page.window, Qt::Key_Return);
+    advance(1s);
+    QTest::simulateEvent(page.window, true, Qt::Key_Return, {}, {}, true);
+    advance(1s);
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 0U);
+    EXPECT_TRUE(page.shows(QAccessible::Button, "Press again to unlink"));
+}
+
+TEST_F(DeskPage, whetherToUnlinkIsAskedForSixSeconds) {
+    openRoom();
+    page.press("Unlink this computer");
+    advance(5999ms);
+    EXPECT_TRUE(page.shows(QAccessible::Button, "Press again to unlink"));
+    advance(1ms);
+    EXPECT_TRUE(page.shows(QAccessible::Button, "Unlink this computer"));
+    page.press("Unlink this computer");
+    EXPECT_EQ(page.computer.requestCount("DELETE", "/devices/me"), 0U);
 }
 
 TEST_F(DeskPage, aWideWindowShowsBothListsSideBySide) {

@@ -36,9 +36,7 @@ std::vector<Named> colors() {
     const auto fixed = [](const char* name, const char* color) { return Named{name, QColor{color}, QColor{color}}; };
     return {fixed("accent", "#FFE14D"),
             fixed("accentLight", "#FFEA6B"),
-            fixed("highlight", "#F2C94C"),
             fixed("ink", "#1A1206"),
-            fixed("orange", "#FF8C28"),
             fixed("blue", "#5789F2"),
             fixed("red", "#E21833"),
             fixed("green", "#2FA24F"),
@@ -53,7 +51,6 @@ std::vector<Named> colors() {
             {"hairline", withOpacity("#1A1206", 0.08), withOpacity("#FFFFFF", 0.14)},
             {"blueText", "#3457C4", "#8FB0F7"},
             {"redText", "#C41230", "#FF6B7E"},
-            {"greenText", "#1E7A38", "#57C077"},
             {"stoneText", "#6E6553", "#A29A8B"},
             {"focusRing", "#3457C4", "#8FB0F7"}};
 }
@@ -339,8 +336,20 @@ TEST(Errors, areInTheBrandsRedInBothAppearances) {
         unpaired.open();
         unpaired.computer.fail("POST", "/pair/request", platform::TransportCause::refused);
         unpaired.settle();
-        EXPECT_EQ(colorOf(unpaired.node(QAccessible::StaticText, "Reconnecting…")), QColor("#E21833"));
+        EXPECT_EQ(colorOf(unpaired.node(QAccessible::AlertMessage, "Reconnecting…")), QColor("#E21833"));
     }
+}
+
+TEST(Errors, areReadToTheirEnd) {
+    Piece piece(R"(ErrorText { objectName: "error"; width: 120
+                               text: "The office could not be asked, so nothing was sent." })");
+    const QQuickItem* const error = piece.item("error");
+    EXPECT_FALSE(error->property("truncated").toBool());
+    EXPECT_GT(error->property("lineCount").toInt(), 1);
+    EXPECT_GE(error->height(), error->implicitHeight());
+    EXPECT_EQ(piece.node(QAccessible::AlertMessage).name, "The office could not be asked, so nothing was sent.");
+    piece.object("error")->setProperty("text", "");
+    EXPECT_FALSE(error->isVisible());
 }
 
 }  // namespace

@@ -52,13 +52,14 @@ Page::~Page() {
 }
 
 void Page::open(int width, int height) {
-    model = std::make_unique<screens::qml::PageModel>(computer.store,
-                                                      screens::qml::PagePorts{.main = computer.main.executor(),
-                                                                              .clock = computer.clock,
-                                                                              .strings = strings_,
-                                                                              .defaults = computer.defaults,
-                                                                              .notes = computer.notes,
-                                                                              .crash = computer.crash});
+    model = std::make_unique<screens::qml::PageModel>(
+        computer.store, screens::qml::PagePorts{.main = computer.main.executor(),
+                                                .clock = computer.clock,
+                                                .strings = strings_,
+                                                .defaults = computer.defaults,
+                                                .notes = computer.notes,
+                                                .crash = computer.crash,
+                                                .doubleClick = std::chrono::milliseconds{400}});
     engine_ = std::make_unique<QQmlApplicationEngine>();
     screens::qml::registerScreens(*engine_, appearance);
     engine_->setInitialProperties({{"page", QVariant::fromValue(model.get())}});
@@ -91,6 +92,16 @@ QImage Page::picture() {
 void Page::resize(int width, int height) {
     window->resize(width, height);
     settle();
+}
+
+void holdKey(QQuickWindow* window, Qt::Key key, int repeats, Qt::KeyboardModifiers with) {
+    QTest::keyPress(window, key, with);
+    for (int repeat = 0; repeat < repeats; ++repeat) {
+        for (const bool pressed : {false, true}) {
+            QTest::simulateEvent(window, pressed, key, with, QString{}, true);
+        }
+    }
+    QTest::keyRelease(window, key, with);
 }
 
 std::vector<Node> nodesIn(QQuickWindow* window) {

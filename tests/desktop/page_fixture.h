@@ -82,6 +82,9 @@ private:
     std::unique_ptr<QQmlApplicationEngine> engine_;
 };
 
+/// Holds a key until it has come so often again, and lets it go.
+void holdKey(QQuickWindow* window, Qt::Key key, int repeats, Qt::KeyboardModifiers with = Qt::NoModifier);
+
 /// Everything visible in a window, in reading order.
 [[nodiscard]] std::vector<Node> nodesIn(QQuickWindow* window);
 

@@ -85,6 +85,11 @@ void Piece::key(Qt::Key key, Qt::KeyboardModifiers with) {
     settle();
 }
 
+void Piece::hold(Qt::Key key, int repeats) {
+    holdKey(window.get(), key, repeats);
+    settle();
+}
+
 void Piece::focus(const std::string& name, Qt::FocusReason reason) {
     item(name)->forceActiveFocus(reason);
     settle();

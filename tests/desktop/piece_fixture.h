@@ -38,6 +38,8 @@ public:
     [[nodiscard]] int heard() const;
 
     void key(Qt::Key key, Qt::KeyboardModifiers with = Qt::NoModifier);
+    /// Holds a key until it has come so often again.
+    void hold(Qt::Key key, int repeats);
     /// Gives an item the keyboard, as Tab does or as a click does.
     void focus(const std::string& name, Qt::FocusReason reason = Qt::TabFocusReason);
 

@@ -123,7 +123,7 @@ TEST_F(SetupPageInLight, whatGoesWrongIsSaidAndTheOldCodeStays) {
     }
     page.computer.fail("POST", "/pair/request", platform::TransportCause::refused);
     page.settle();
-    EXPECT_TRUE(page.says("Reconnecting…"));
+    EXPECT_TRUE(page.shows(QAccessible::AlertMessage, "Reconnecting…"));
     EXPECT_TRUE(page.shows(QAccessible::Graphic, "Setup code"));
 }
 
@@ -133,7 +133,8 @@ TEST_F(SetupPageInLight, aRevokedComputerSaysWhy) {
     EXPECT_TRUE(page.says("Room 3"));
     page.computer.socket().fail({.closeCode = 4001, .httpStatus = {}});
     page.settle();
-    EXPECT_TRUE(page.says("This computer is no longer linked. Scan the code to set it up again."));
+    EXPECT_TRUE(
+        page.shows(QAccessible::AlertMessage, "This computer is no longer linked. Scan the code to set it up again."));
     EXPECT_FALSE(page.says("Room 3"));
 }
 
@@ -151,7 +152,7 @@ TEST_F(SetupPageInLight, aTypedCodeTakesItsFormAndIsRedeemed) {
 
     page.computer.answer("POST", "/pair/redeem", 404, R"({"error":"invalid_code","message":"That is no code."})");
     page.settle();
-    EXPECT_TRUE(page.says("That is no code."));
+    EXPECT_TRUE(page.shows(QAccessible::AlertMessage, "That is no code."));
     EXPECT_TRUE(page.shows(QAccessible::Button, "Pair device"));
     EXPECT_EQ(page.node(QAccessible::EditableText, "Pairing code").interface->text(QAccessible::Value), "AB12-CD34");
 

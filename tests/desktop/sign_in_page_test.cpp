@@ -75,7 +75,7 @@ TEST_P(SignInPage, aNewCodeComesByItselfAndAFailureIsSaid) {
     ASSERT_EQ(requests(), 2U);
     page.computer.fail("POST", path, platform::TransportCause::refused);
     page.settle();
-    EXPECT_TRUE(page.says("Reconnecting…"));
+    EXPECT_TRUE(page.shows(QAccessible::AlertMessage, "Reconnecting…"));
     EXPECT_FALSE(page.says("Code refreshes in"));
     advance(10s);
     page.computer.answerWith("POST", path, signInCode());

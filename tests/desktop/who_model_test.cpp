@@ -1,3 +1,4 @@
+#include "screens/qml/choice_model.h"
 #include "screens/qml/shown_choice.h"
 #include "screens/qml/theme.h"
 
@@ -154,6 +155,43 @@ TEST(WhoModelTest, aDepartmentThatIsListedTwiceHasTwoRows) {
     EXPECT_EQ(who.model.at(2), nullptr);
     EXPECT_EQ(who.model.at(-1), nullptr);
     EXPECT_EQ(*who.model.at(1), rowOf("a"));
+}
+
+/// The first of each id.
+std::vector<Choice> firstsOf(const std::vector<Choice>& choices) {
+    std::vector<Choice> firsts;
+    for (const Choice& choice : choices) {
+        if (std::ranges::find(firsts, choice.id, &Choice::id) == firsts.end()) {
+            firsts.push_back(choice);
+        }
+    }
+    return firsts;
+}
+
+TEST(ChoiceModelTest, whatIsToldLeadsFromAnyEntriesToAnyOthersWhateverComesTwice) {
+    const bool holds = rc::check([] {
+        ChoiceModel model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+        const auto shownChoices = [&model] {
+            std::vector<Choice> found;
+            for (int row = 0; row < model.count(); ++row) {
+                found.push_back({.id = model.idAt(row).toStdString(),
+                                 .name = model.data(model.index(row), ChoiceModel::name).toString().toStdString()});
+            }
+            return found;
+        };
+        for (int change = 0; change < 3; ++change) {
+            std::vector<Choice> choices;
+            for (const auto& [id, name] : *rc::gen::container<std::vector<std::pair<int, int>>>(
+                     rc::gen::pair(rc::gen::inRange(0, 6), rc::gen::inRange(0, 3)))) {
+                choices.push_back({.id = std::to_string(id), .name = std::to_string(name)});
+            }
+            RC_CLASSIFY(firstsOf(choices).size() < choices.size(), "some come twice");
+            model.setChoices(choices);
+            RC_ASSERT(shownChoices() == firstsOf(choices));
+        }
+    });
+    EXPECT_TRUE(holds);
 }
 
 TEST(TypeModelTest, theChosenTypeChangesWithoutMovingTheOthers) {

@@ -145,6 +145,8 @@ Window {
                 AppChoice {
                     width: 260
                     label: "Room"
+                    prompt: "Choose a room…"
+                    chosenId: "a"
                     choices: window.samples.choices
                 }
                 AppField {
@@ -158,6 +160,8 @@ Window {
                     width: 260
                     label: "Room"
                     enabled: false
+                    prompt: "Choose a room…"
+                    chosenId: "a"
                     choices: window.samples.choices
                 }
                 Item {
@@ -167,6 +171,8 @@ Window {
                     AppChoice {
                         width: parent.width
                         label: "Open"
+                        prompt: "Choose a room…"
+                        chosenId: "a"
                         choices: window.samples.choices
                         popup.closePolicy: T.Popup.NoAutoClose
                         Component.onCompleted: popup.open()

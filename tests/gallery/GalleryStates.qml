@@ -124,7 +124,7 @@ Column {
                     required property string typeId
 
                     widest: flow.width
-                    onPicked: shelf.samples.page.compose.chooseType(typeId)
+                    onClicked: shelf.samples.page.compose.chooseType(typeId)
                 }
             }
         }
@@ -148,14 +148,21 @@ Column {
                 required property int index
 
                 width: people.width - 12
-                onPicked: shelf.samples.page.compose.pressWho(index)
+                onClicked: shelf.samples.page.compose.pressWho(index)
             }
         }
-        PickRow {
+        PickRowFace {
             width: 190
-            spokenName: "Pressed down"
+            height: 40
+            chosen: false
             down: true
-            contentItem: Words {
+            ringed: false
+            tint: Theme.blueText
+
+            Words {
+                x: 10
+                height: parent.height
+                verticalAlignment: Text.AlignVCenter
                 text: "Pressed down"
             }
         }
@@ -165,6 +172,7 @@ Column {
             checked: true
             edge: Theme.blueText
             contentItem: Words {
+                verticalAlignment: Text.AlignVCenter
                 text: "Chosen"
             }
         }
@@ -178,10 +186,8 @@ Column {
         Digits {
             text: "0:00:00"
         }
-        Caption {
+        ErrorText {
             text: "The office refused this."
-            color: Theme.red
-            font.pixelSize: Theme.textSize
         }
         Caption {
             width: 400

@@ -126,13 +126,14 @@ Samples::Samples(platform::simulated::SimulatedAppearance& appearance)
       rows_(clock_, strings_, [](const records::Signal&, RowAction) {}) {
     rows_.setSection(everyRow());
     computer_.launchWith("member", everybody());
-    page_ = std::make_unique<screens::qml::PageModel>(computer_.store,
-                                                      screens::qml::PagePorts{.main = computer_.main.executor(),
-                                                                              .clock = computer_.clock,
-                                                                              .strings = strings_,
-                                                                              .defaults = computer_.defaults,
-                                                                              .notes = computer_.notes,
-                                                                              .crash = computer_.crash});
+    page_ = std::make_unique<screens::qml::PageModel>(
+        computer_.store, screens::qml::PagePorts{.main = computer_.main.executor(),
+                                                 .clock = computer_.clock,
+                                                 .strings = strings_,
+                                                 .defaults = computer_.defaults,
+                                                 .notes = computer_.notes,
+                                                 .crash = computer_.crash,
+                                                 .doubleClick = std::chrono::milliseconds{400}});
     page_->openCompose();
     choices_.setChoices({{"a", "Room 1"}, {"b", "Room 2"}, {"c", "חדר טיפולים מספר אחת"}});
 }

@@ -77,6 +77,13 @@ TEST_F(ComposeTypes, aReadyThatIsForOthersIsNoDefault) {
     EXPECT_EQ(form->defaultType()->id, "2");
 }
 
+TEST_F(ComposeTypes, ofTwoThatAreReadyTheFirstOneCounts) {
+    records::SignalType inactive = typeOf("1", "ready", 1);
+    inactive.active = false;
+    launchAssistantWith({inactive, typeOf("2", "ready", 3), typeOf("3", "other", 2)});
+    EXPECT_EQ(form->defaultType()->id, "3") << "it cannot be sent, and the other is not looked for";
+}
+
 TEST_F(ComposeTypes, withoutTypesThereIsNone) {
     launchAssistantWith({});
     EXPECT_EQ(form->defaultType(), nullptr);

@@ -38,6 +38,17 @@ TEST_F(ComposeNote, anEditOfAFormThatIsGoneIsNotTold) {
     EXPECT_THAT(takeReports(), IsEmpty());
 }
 
+TEST_F(ComposeNote, anEditOfAFormThatIsDoneWithIsNotTold) {
+    launchMember("member-1");
+    open();
+    form->cancel();
+    takeReports();
+    form->editNote("late");
+    EXPECT_THAT(takeReports(), IsEmpty()) << "nobody would take it back";
+    form->disappear();
+    EXPECT_THAT(takeReports(), ElementsAre("crash.setScreen queue"));
+}
+
 TEST_F(ComposeNote, stopsGrowingAtTwoHundredScalars) {
     launchMember("member-1");
     open();

@@ -42,10 +42,22 @@ TEST_F(ComposeScreenTest, withAHomeRoomTheRoomsAreOfferedAndItIsMarked) {
     const ComposeScreen screen = form->screen();
     EXPECT_TRUE(screen.choosesRoom);
     EXPECT_THAT(screen.rooms,
-                ElementsAre(ComposeRoom{"room-1", "label-home-room-option"}, ComposeRoom{"room-2", "Name of room-2"}));
+                ElementsAre(Choice{"room-1", "label-home-room-option"}, Choice{"room-2", "Name of room-2"}));
     EXPECT_EQ(screen.roomHint, "hint-home-room-signed-in");
     EXPECT_EQ(screen.selectedRoomId, std::nullopt);
     EXPECT_EQ(screen.roomPrompt, "Choose a room…");
+}
+
+TEST_F(ComposeScreenTest, aHomeRoomThatIsClosedIsNamedAndNotOffered) {
+    launchRoomWith("member-1");
+    open(homeRoom());
+    deliverRecord("rooms.updated", server::server_message::RoomsUpdated{
+                                       {support::makeInactiveRoom("room-1"), support::makeRoom("room-2")}});
+    const ComposeScreen screen = form->screen();
+    EXPECT_THAT(screen.rooms, ElementsAre(Choice{"room-2", "Name of room-2"}));
+    EXPECT_EQ(screen.roomHint, "hint-home-room-signed-in");
+    deliverRecord("rooms.updated", server::server_message::RoomsUpdated{{support::makeRoom("room-2")}});
+    EXPECT_EQ(form->screen().roomHint, "") << "a room that is gone has no name";
 }
 
 TEST_F(ComposeScreenTest, elsewhereTheActiveRoomsAreOffered) {
@@ -56,7 +68,7 @@ TEST_F(ComposeScreenTest, elsewhereTheActiveRoomsAreOffered) {
     form->chooseRoom("room-1");
     const ComposeScreen screen = form->screen();
     EXPECT_TRUE(screen.choosesRoom);
-    EXPECT_THAT(screen.rooms, ElementsAre(ComposeRoom{"room-1", "Name of room-1"}));
+    EXPECT_THAT(screen.rooms, ElementsAre(Choice{"room-1", "Name of room-1"}));
     EXPECT_EQ(screen.roomPrompt, "Choose a room…");
     EXPECT_EQ(screen.selectedRoomId, "room-1");
     EXPECT_EQ(screen.roomHint, "");
@@ -74,7 +86,7 @@ TEST_F(ComposeScreenTest, aChosenRoomThatIsNoLongerOfferedIsStillNamed) {
     EXPECT_EQ(form->screen().roomPrompt, "Choose a room…");
 
     deliverRecord("rooms.updated", rooms({support::makeRoom("room-1"), support::makeInactiveRoom("room-2")}));
-    EXPECT_THAT(form->screen().rooms, ElementsAre(ComposeRoom{"room-1", "Name of room-1"}));
+    EXPECT_THAT(form->screen().rooms, ElementsAre(Choice{"room-1", "Name of room-1"}));
     EXPECT_EQ(form->screen().roomPrompt, "Name of room-2");
     EXPECT_EQ(form->screen().selectedRoomId, "room-2");
     EXPECT_TRUE(form->screen().canSend);
@@ -110,7 +122,7 @@ TEST_F(ComposeScreenTest, whereTheFormStandsMayChangeWhileWhatWasTypedStays) {
     EXPECT_EQ(changes, 1);
     EXPECT_EQ(form->choice(), before);
     EXPECT_THAT(form->screen().rooms,
-                ElementsAre(ComposeRoom{"room-1", "Name of room-1"}, ComposeRoom{"room-2", "label-home-room-option"}));
+                ElementsAre(Choice{"room-1", "Name of room-1"}, Choice{"room-2", "label-home-room-option"}));
 }
 
 TEST_F(ComposeScreenTest, theTypesHaveTheirWordsAndColours) {

@@ -189,6 +189,38 @@ TEST_F(ComposeSending, whatIsChosenMeanwhileChangesNothing) {
     EXPECT_EQ(defaults.memory.text("lastSendRecipient"), "ids:member-2");
 }
 
+TEST_F(ComposeSending, whereTheFormStandsMeanwhileChangesNothing) {
+    launchMember("member-1");
+    open();
+    form->chooseRoom("room-2");
+    pressSend();
+    form->setPlace(homeRoom());
+    answerCreated();
+    EXPECT_EQ(defaults.memory.text("lastUsedRoomId"), "room-2");
+    EXPECT_EQ(defaults.memory.text("lastSendTypeId"), "type-ready");
+}
+
+TEST_F(ComposeSending, aRoomsFormThatBelongsToNoRoomMeanwhileRemembersNoRoom) {
+    launchRoomWith("member-3");
+    open(homeRoom());
+    form->chooseRoom("room-2");
+    pressSend();
+    form->setPlace({});
+    answerCreated();
+    EXPECT_EQ(defaults.memory.text("lastUsedRoomId"), std::nullopt);
+    EXPECT_EQ(defaults.memory.text("roomSendDefaults.member.member-3.typeId"), "type-ready");
+}
+
+TEST_F(ComposeSending, aFormThatIsDoneWithSendsNothing) {
+    launchMember("member-1");
+    open();
+    form->chooseRoom("room-2");
+    form->cancel();
+    pressSend();
+    EXPECT_EQ(requestCount("POST", "/signals"), 0U);
+    EXPECT_EQ(closed, 1);
+}
+
 TEST_F(ComposeSending, withoutAFailureItWorkedEvenWhereNothingWasAsked) {
     launchMember("member-1");
     open();
