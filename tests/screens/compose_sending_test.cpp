@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <regex>
 #include <variant>
 
 #include <gmock/gmock.h>
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::screens {
 namespace {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <numeric>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::screens {
 namespace {

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <set>
 
 #include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::screens {
 namespace {

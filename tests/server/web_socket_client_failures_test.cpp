@@ -5,7 +5,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 #include <rapidcheck.h>
+
 #include <rapidcheck/gtest.h>
 
 namespace zelkovanta::server {

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <optional>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::server::web_socket {
 namespace {

@@ -11,7 +11,6 @@ namespace {
 using namespace std::chrono_literals;
 using platform::Duration;
 using platform::SteadyTime;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr auto disconnected = ConnectionState::disconnected;

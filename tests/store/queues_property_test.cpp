@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::store {
 namespace {

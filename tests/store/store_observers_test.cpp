@@ -51,8 +51,9 @@ TEST_F(StoreObserversTest, aMoveIsSeenWithoutAnythingOfTheOldOffice) {
     bool hasMixed = false;
     const auto guard = store->observe([&](const StoreChanges&) {
         const bool isNew = state().office->id == "office-2";
-        hasMixed = hasMixed || (isNew && !(state().members.empty() && state().rooms.empty() &&
-                                           state().signals.empty() && !state().device));
+        const bool isEmpty =
+            state().members.empty() && state().rooms.empty() && state().signals.empty() && !state().device;
+        hasMixed = hasMixed || (isNew && !isEmpty);
         told.emplace_back();
     });
     deliverRecord("office.updated", server::server_message::OfficeUpdated{makeOffice("office-2")});

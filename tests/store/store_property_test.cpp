@@ -5,8 +5,9 @@
 #include <functional>
 #include <map>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <set>
+
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::store {
 namespace {

@@ -8,7 +8,6 @@ using records::Member;
 using records::Signal;
 using records::StateSnapshot;
 using support::makeDevice;
-using support::makeDeviceOfMember;
 using support::makeDeviceWithSignIn;
 using support::makeMember;
 using support::makeSignal;

@@ -70,7 +70,8 @@ TEST_F(BeastWebSocketTest, aFrameThatComesByteByByteIsTakenWhole) {
 }
 
 TEST_F(BeastWebSocketTest, aFrameAtTheLimitIsTakenAndALargerOneEndsTheSocketAtItsHead) {
-    const std::string atLimit(16'777'216, 'x');
+    std::string atLimit;
+    atLimit.resize(16'777'216, 'x');
     ScriptedServer server([&](ScriptedConnection& connection) {
         acceptUpgrade(connection);
         connection.send(serverFrame(text, atLimit));
@@ -226,6 +227,18 @@ TEST_F(BeastWebSocketTest, aHeaderThatWouldBreakOutOfItsLineIsNotSent) {
     EXPECT_EQ(server.connections(), 0);
 }
 
+TEST_F(BeastWebSocketTest, aNameAndPasswordInTheUrlAuthorizeNothing) {
+    std::string opening;
+    ScriptedServer server([&](ScriptedConnection& connection) {
+        opening = acceptUpgrade(connection);
+        connection.send(serverFrame(text, "hello"));
+        connection.waitForClose();
+    });
+    EXPECT_EQ(receive(open("ws://user:pass@" + server.address())), "text hello");
+    EXPECT_EQ(opening.find("uthorization"), std::string::npos) << opening;
+    EXPECT_EQ(opening.find("pass"), std::string::npos) << opening;
+}
+
 TEST_F(BeastWebSocketTest, cancellingSendsItsCodeAndDoesNotWaitForThePeer) {
     std::promise<ClientFrame> closing;
     ScriptedServer server([&](ScriptedConnection& connection) {
@@ -255,7 +268,9 @@ TEST_F(BeastWebSocketTest, cancellingAgainstAPeerThatReadsNothingEndsSoonAllTheS
     });
     const auto task = open("ws://" + server.address());
     arrived.get_future().wait();
-    auto stuck = std::async(std::launch::async, [&] { return send(task, std::string(30'000'000, 'x')); });
+    std::string more;
+    more.resize(30'000'000, 'x');
+    auto stuck = std::async(std::launch::async, [&] { return send(task, more); });
     auto pending = beginReceive(task);
     onQueue([&] { task->cancel(1001); });
     EXPECT_EQ(shown(pending.get()), lost);

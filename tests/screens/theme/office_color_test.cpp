@@ -9,11 +9,11 @@
 #include <limits>
 #include <random>
 #include <rapidcheck.h>
-#include <rapidcheck/gtest.h>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
 
 namespace zelkovanta::screens::theme {
 namespace {
