@@ -14,6 +14,13 @@
 #include <QQuickWindow>
 #include <QSessionManager>
 
+/// The library for transfers brings GnuTLS for protocols that nobody speaks here, and this is how GnuTLS is told not to
+/// set itself up in every process that it is brought into. Ours is OpenSSL.
+extern "C" int _gnutls_global_init_skip();  // NOLINT(bugprone-reserved-identifier): its own name for this
+extern "C" int _gnutls_global_init_skip() {
+    return 1;
+}
+
 namespace {
 
 using zelkovanta::app::SingleInstance;

@@ -22,7 +22,7 @@ seconds waited(std::optional<platform::WallTime> since, platform::WallTime now) 
 
 std::string waitTimeText(std::optional<platform::WallTime> since, platform::WallTime now) {
     const std::chrono::hh_mm_ss time{waited(since, now)};
-    char text[32];
+    char text[64];
     if (time.hours().count() > 0) {
         std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", static_cast<long>(time.hours().count()),
                       static_cast<long>(time.minutes().count()), static_cast<long>(time.seconds().count()));
