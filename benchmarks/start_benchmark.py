@@ -26,6 +26,11 @@ WIDTH, HEIGHT = 480, 720
 WHITE = b"\xff\xff\xff"
 SIGNAL_COLOR = "#FF00FE"
 SIGNAL_PIXEL = b"\xfe\x00\xff"
+QUEUE_ROWS = 12
+# The office takes no call twice, so each of the rows is another kind for somebody else; the first stands above the rest.
+FIRST_KIND = "urgent"
+KINDS = [FIRST_KIND, "step_out", "ready", "patient_seated"]
+PEOPLE = ["Dr. Amara Okafor", "Dr. Jonas Lindqvist", "Dr. Mei Tanaka"]
 
 
 class Measurement:
@@ -63,11 +68,20 @@ class Measurement:
         self.stage.start_office()
         computer = self.start_ours()
         self.stage.approve("--role", "room", "--room", ROOM)
-        self.stage.order("type", "ready", "--color", SIGNAL_COLOR)
-        signal = self.stage.order("send", "--room", ROOM, "--type", "ready")
+        self.stage.order("type", FIRST_KIND, "--color", SIGNAL_COLOR)
+        signal = self.send(FIRST_KIND)
         self.screen.until("the signal shows", lambda: self.screen.holds(SIGNAL_PIXEL))
         self.end(computer)
         return signal
+
+    def send(self, kind, *people):
+        recipients = [word for person in people for word in ("--to", person)]
+        return self.stage.order("send", "--room", ROOM, "--type", kind, *recipients)
+
+    def fill_queue(self):
+        """The rest of the rows."""
+        calls = [(kind, person) for kind in KINDS for person in PEOPLE]
+        return [self.send(*call) for call in calls[:QUEUE_ROWS - 1]]
 
     def starts(self):
         frames, snapshots, bare_frames = [], [], []
@@ -82,8 +96,10 @@ class Measurement:
             self.end(process)
         return statistics.median(frames), statistics.median(snapshots), statistics.median(bare_frames)
 
-    def memory_after_30_seconds(self, start):
+    def memory_after_30_seconds(self, start, shown=None):
         process, _, _ = self.first_frame(start)
+        if shown:
+            self.screen.until("the rows", lambda: self.screen.holds(shown))
         self.processes.pause(30)
         with open(f"/proc/{process.pid}/smaps_rollup", encoding="ascii") as file:
             pss = next(int(line.split()[1]) for line in file if line.startswith("Pss:"))
@@ -124,9 +140,16 @@ def main():
             measurement = Measurement(stage, build)
             signal = measurement.set_up()
             frame, snapshot, bare_frame = measurement.starts()
-            stage.order("cancel", signal)
             figures = [figure("start.first_frame", frame, "ms", bare_frame),
                        figure("start.first_snapshot", snapshot, "ms", bare_frame)]
+            signals = [signal, *measurement.fill_queue()]
+            frame, _, bare_frame = measurement.starts()
+            figures.append(figure("start.queue", frame, "ms", bare_frame))
+            figures.append(figure("memory.queue",
+                                  measurement.memory_after_30_seconds(measurement.start_ours, SIGNAL_PIXEL), "MB",
+                                  measurement.memory_after_30_seconds(measurement.start_bare)))
+            for signal in signals:
+                stage.order("cancel", signal)
             figures.append(figure("memory.window", measurement.memory_after_30_seconds(measurement.start_ours), "MB",
                                   measurement.memory_after_30_seconds(measurement.start_bare)))
             ours, bare = measurement.idle_minute()
