@@ -183,6 +183,18 @@ std::string capitalized(std::string_view text) {
     return result;
 }
 
+std::string isolated(std::string_view text) {
+    for (std::string_view rest = text; !rest.empty();) {
+        const Scalar scalar = scalarAt(rest);
+        const UCharDirection direction = u_charDirection(scalar.value);
+        if (direction == U_RIGHT_TO_LEFT || direction == U_RIGHT_TO_LEFT_ARABIC) {
+            return "\u2068" + std::string{text} + "\u2069";
+        }
+        rest.remove_prefix(scalar.length);
+    }
+    return std::string{text};
+}
+
 std::string alphanumericsOnly(std::string_view text) {
     std::string result;
     while (!text.empty()) {

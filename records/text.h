@@ -28,6 +28,10 @@ namespace zelkovanta::records {
 /// nearest character before it that is not case-ignorable (an apostrophe is) is itself cased.
 [[nodiscard]] std::string capitalized(std::string_view text);
 
+/// The text as a part of a line: one with letters that are written from right to left keeps its direction to itself
+/// (U+2068 and U+2069 round it), or it would turn its neighbours round.
+[[nodiscard]] std::string isolated(std::string_view text);
+
 /// Only the letters and numbers of a text, by Unicode general category (L* and N*).
 [[nodiscard]] std::string alphanumericsOnly(std::string_view text);
 

@@ -17,11 +17,6 @@ using store::StoreState;
 
 constexpr std::size_t pairingCodeLength = 8;
 
-/// A name within a line of several parts: it keeps its own direction of writing and leaves its neighbours theirs.
-std::string isolated(std::string_view name) {
-    return "\u2068" + std::string{name} + "\u2069";
-}
-
 void joinPart(std::string& line, std::string_view part) {
     if (!part.empty()) {
         line += line.empty() ? "" : " · ";
@@ -87,7 +82,7 @@ private:
                 break;
         }
         joinPart(page.subtitle, kind);
-        joinPart(page.subtitle, office.empty() ? "" : isolated(office));
+        joinPart(page.subtitle, records::isolated(office));
     }
 
     [[nodiscard]] bool waitsForSomebody() const { return store::needsSignIn(state_); }

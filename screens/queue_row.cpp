@@ -1,13 +1,11 @@
 #include "screens/queue_row.h"
 
 #include "records/server_date.h"
+#include "records/text.h"
 #include "screens/theme/office_color.h"
 #include "screens/vocabulary/vocabulary.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
-#include <utility>
 
 namespace zelkovanta::screens {
 
@@ -18,61 +16,23 @@ using theme::withOpacity;
 
 constexpr double chipFillOpacity = 0.16;
 
-char32_t scalarOf(std::string_view bytes) {
-    const auto byteAt = [bytes](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
-    char32_t scalar = byteAt(0);
-    if (scalar >= 0x80) {
-        scalar &= bytes.size() == 2 ? 0x1FU : bytes.size() == 3 ? 0x0FU : 0x07U;
-    }
-    for (std::size_t index = 1; index < bytes.size(); ++index) {
-        scalar = scalar << 6U | (byteAt(index) & 0x3FU);
-    }
-    return scalar;
-}
-
-/// The blocks of the scripts that are written from right to left.
-bool isWrittenFromRight(char32_t scalar) {
-    constexpr std::array<std::pair<char32_t, char32_t>, 5> blocks{{
-        {0x0590, 0x08FF},
-        {0xFB1D, 0xFDFF},
-        {0xFE70, 0xFEFF},
-        {0x10800, 0x10FFF},
-        {0x1E800, 0x1EFFF},
-    }};
-    return std::ranges::any_of(blocks,
-                               [scalar](const auto& block) { return scalar >= block.first && scalar <= block.second; });
-}
-
-/// A name within a line of several parts. One that is written from right to left keeps its direction to itself, or it
-/// would turn its neighbours round.
-std::string isolated(const std::string& name) {
-    for (std::string_view rest = name; !rest.empty();) {
-        std::size_t length = 1;
-        while (length < rest.size() && length < 4 && (static_cast<unsigned char>(rest[length]) & 0xC0U) == 0x80) {
-            ++length;
-        }
-        if (isWrittenFromRight(scalarOf(rest.substr(0, length)))) {
-            return "\u2068" + name + "\u2069";
-        }
-        rest.remove_prefix(length);
-    }
-    return name;
-}
-
 std::string detailLine(const QueueRow& row, const platform::StringTable& strings) {
-    std::string line;
-    const auto add = [&line](const std::string& part) { line += line.empty() ? part : " · " + part; };
+    std::vector<std::string> parts;
     if (row.requester) {
-        add(isolated(row.requester->name));
+        parts.push_back(records::isolated(row.requester->name));
         if (row.requesterDepartment) {
-            add(isolated(*row.requesterDepartment));
+            parts.push_back(records::isolated(*row.requesterDepartment));
         }
     }
     if (row.showTarget && row.signal.providerIds) {
         const auto count = static_cast<std::int64_t>(row.signal.providerIds->size());
-        add(platform::filled(strings.localized("for %lld doctors"), {count}));
+        parts.push_back(platform::filled(strings.localized("for %lld doctors"), {count}));
     } else if (row.showTarget && row.provider) {
-        add(platform::filled(strings.localized("for %@"), {isolated(row.provider->name)}));
+        parts.push_back(platform::filled(strings.localized("for %@"), {records::isolated(row.provider->name)}));
+    }
+    std::string line;
+    for (const std::string& part : parts) {
+        line += &part == parts.data() ? part : " · " + part;
     }
     return line;
 }
@@ -185,13 +145,19 @@ DrawnRow drawn(const QueueRow& row, const platform::StringTable& strings) {
 }
 
 theme::ColorPair statusDotColor(const std::optional<std::string>& status, DotPlace place) {
-    if (status == "available") {
-        return fixed(theme::brandGreen);
+    const auto known = status ? records::memberStatusFromRawValue(*status) : std::nullopt;
+    if (!known) {
+        return theme::textTertiary;
     }
-    if (status == "busy") {
-        return fixed(place == DotPlace::onSelectedBackground ? theme::ink : theme::brandYellow);
+    switch (*known) {
+        case records::MemberStatus::available:
+            return fixed(theme::brandGreen);
+        case records::MemberStatus::busy:
+            return fixed(place == DotPlace::onSelectedBackground ? theme::ink : theme::brandYellow);
+        case records::MemberStatus::dnd:
+            break;
     }
-    return status == "dnd" ? fixed(theme::stone) : theme::textTertiary;
+    return fixed(theme::stone);
 }
 
 }  // namespace zelkovanta::screens

@@ -20,7 +20,8 @@ Item {
     x: of.width - width
     z: 1
     width: 8
-    height: of.height
+    // The list's end may lie below something that floats above it.
+    height: of.height - of.bottomMargin
     visible: share < 1
     Accessible.ignored: true
 

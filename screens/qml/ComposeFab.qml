@@ -69,6 +69,6 @@ PressButton {
 
     TipPlace {
         text: control.spokenName
-        shown: control.hovered && !control.down
+        shown: (control.hovered || control.visualFocus) && !control.down
     }
 }

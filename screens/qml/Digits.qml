@@ -3,7 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import ZelkoVanta.Screens
 
-/// A text whose digits are all as wide as the widest of them, so that nothing moves while it counts.
+/// A text whose digits are all as wide as the widest of them, so that nothing moves while it counts. Most fonts have
+/// such digits, and their text stays in one piece.
 Item {
     id: digits
 
@@ -11,16 +12,20 @@ Item {
     property color color: Theme.primary
     property alias font: metrics.font
 
-    readonly property var pieces: text.match(/[0-9]|[^0-9]+/g) ?? []
     readonly property real cell: widestIn(metrics.font)
+    readonly property bool even: areEvenIn(metrics.font)
+    readonly property var pieces: even ? [text] : text.match(/[0-9]|[^0-9]+/g) ?? []
 
-    // Both name the font so that they follow it.
+    // These name the font so that they follow it.
     function widestIn(font: font): real {
         let widest = 0;
         for (const digit of "0123456789") {
             widest = Math.max(widest, metrics.advanceWidth(digit));
         }
         return widest;
+    }
+    function areEvenIn(font: font): bool {
+        return Math.abs(metrics.advanceWidth("0123456789") - 10 * digits.cell) < 0.01;
     }
     function widthOf(piece: string, font: font): real {
         return /^[0-9]$/.test(piece) ? digits.cell : metrics.advanceWidth(piece);

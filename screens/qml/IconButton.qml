@@ -37,6 +37,6 @@ PressButton {
 
     TipPlace {
         text: control.tip
-        shown: control.hovered && !control.down
+        shown: (control.hovered || control.visualFocus) && !control.down
     }
 }

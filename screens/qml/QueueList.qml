@@ -16,20 +16,28 @@ ListView {
     readonly property bool running: inSight && visible && rows.count > 0
 
     /// The row in which the keyboard is, and the place of such a row that has just gone; -1 for none.
-    property int entered: -1
+    property int enteredRow: -1
     property int vacated: -1
     /// By mouse or by key: only a key shows where it is.
     property int cameBy: Qt.OtherFocusReason
 
-    /// Takes the keyboard to the row that stands where one has gone.
+    /// Takes the keyboard to the row that stands where one has gone, unless it is wanted elsewhere by now.
     function followUp() {
         const to = list.vacated;
         list.vacated = -1;
+        if (to < 0 || !list.visible || !list.activeFocus) {
+            return;
+        }
         if (list.count > 0) {
             list.step(to, 0, list.cameBy);
         } else {
             list.nextItemInFocusChain()?.forceActiveFocus(list.cameBy);
         }
+    }
+
+    /// How the keyboard came to where it is.
+    function lastReason(): int {
+        return (list.Window.activeFocusItem as Press)?.focusReason ?? Qt.OtherFocusReason;
     }
 
     /// Takes the keyboard to the row above or below, to the first button that it has.
@@ -42,19 +50,20 @@ ListView {
     clip: true
     model: rows
     reuseItems: true
+    // The next row, to which the tab key goes; more would only take memory.
+    cacheBuffer: 40
     boundsBehavior: Flickable.StopAtBounds
     activeFocusOnTab: false
     keyNavigationEnabled: false
     // A current row would take the focus with it when others come.
     currentIndex: -1
     bottomMargin: room
-    onCountChanged: if (vacated >= 0)
-        followUp()
 
     Accessible.role: Accessible.List
     Accessible.name: label
 
     AppScrollBar {
+        id: bar
         of: list
     }
 
@@ -62,28 +71,30 @@ ListView {
         id: entry
 
         required property int index
-        readonly property bool entered: activeFocus
+        readonly property bool hasKeyboard: activeFocus
 
-        width: list.width - (list.contentHeight > list.height ? 12 : 0)
+        width: list.width - (bar.visible ? 12 : 0)
         rows: list.rows
 
         onYChanged: order.schedule()
-        // The keyboard never goes where nobody looks.
-        onEnteredChanged: {
-            if (entered) {
-                list.entered = entry.index;
-                list.positionViewAtIndex(entry.index, ListView.Contain);
-            } else if (list.entered === entry.index) {
-                list.entered = -1;
+        // The keyboard never goes where nobody looks. What is being pressed stays under the pointer.
+        onHasKeyboardChanged: {
+            if (hasKeyboard) {
+                list.enteredRow = entry.index;
+                if (list.lastReason() !== Qt.MouseFocusReason)
+                    list.positionViewAtIndex(entry.index, ListView.Contain);
+            } else if (list.enteredRow === entry.index) {
+                list.enteredRow = -1;
             }
         }
-        onIndexChanged: if (entered && index >= 0)
-            list.entered = index
+        onIndexChanged: if (hasKeyboard && index >= 0)
+            list.enteredRow = index
         Keys.onUpPressed: list.step(entry.index, -1, Qt.TabFocusReason)
         Keys.onDownPressed: list.step(entry.index, 1, Qt.TabFocusReason)
-        ListView.onRemove: if (entered) {
-            list.vacated = list.entered;
-            list.cameBy = (list.Window.activeFocusItem as Press)?.focusReason ?? Qt.OtherFocusReason;
+        ListView.onRemove: if (hasKeyboard) {
+            list.vacated = list.enteredRow;
+            list.cameBy = list.lastReason();
+            Qt.callLater(list.followUp);
         }
         // A row that waits for its next use is none for a screen reader, and none for the keyboard.
         ListView.onPooled: {

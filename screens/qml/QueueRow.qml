@@ -141,6 +141,7 @@ FocusScope {
 
             StatusChip {
                 chip: row.chip
+                widest: bar.width
             }
             CombinedBadge {
                 spec: row.combined
@@ -152,17 +153,17 @@ FocusScope {
         Item {
             id: buttonParts
 
-            RowButton {
+            RowOffer {
                 spec: row.acknowledge
-                onClicked: row.rows.pressAcknowledge(row.signalId)
+                onTaken: row.rows.pressAcknowledge(row.signalId)
             }
-            RowButton {
+            RowOffer {
                 spec: row.done
-                onClicked: row.rows.pressDone(row.signalId)
+                onTaken: row.rows.pressDone(row.signalId)
             }
-            RowButton {
+            RowOffer {
                 spec: row.cancel
-                onClicked: row.rows.pressCancel(row.signalId)
+                onTaken: row.rows.pressCancel(row.signalId)
             }
         }
     }

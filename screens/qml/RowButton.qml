@@ -8,15 +8,10 @@ PressButton {
     required property shownButton spec
     readonly property color ink: Theme.dark ? spec.foreground.dark : spec.foreground.light
 
-    visible: spec.shown
     text: spec.text
-    implicitWidth: spec.shown ? Math.ceil(face.implicitWidth) + 2 * spec.horizontalPadding : 0
+    implicitWidth: Math.ceil(face.implicitWidth) + 2 * spec.horizontalPadding
     implicitHeight: Math.ceil(face.implicitHeight) + 2 * spec.verticalPadding
     spokenName: spec.name
-
-    // The keyboard stays in the row when its button goes.
-    onSpecChanged: if (!spec.shown && activeFocus)
-        control.nextItemInFocusChain().forceActiveFocus(control.focusReason)
 
     contentItem: Item {
         id: face

@@ -6,8 +6,12 @@ Rectangle {
     id: face
 
     required property shownChip chip
+    /// A status that this program does not know is as long as the office has it.
+    property real widest: Infinity
 
-    implicitWidth: Math.ceil(label.implicitWidth) + 2 * (chip.prominent ? 11 : 8)
+    readonly property real padding: chip.prominent ? 11 : 8
+
+    implicitWidth: Math.min(widest, Math.ceil(label.implicitWidth) + 2 * padding)
     implicitHeight: Math.ceil(label.implicitHeight) + 2 * (chip.prominent ? 6 : 3)
     radius: height / 2
     color: Theme.dark ? chip.fill.dark : chip.fill.light
@@ -15,6 +19,7 @@ Rectangle {
     Words {
         id: label
         anchors.centerIn: parent
+        width: Math.min(Math.ceil(implicitWidth), parent.width - 2 * face.padding)
         text: face.chip.text
         color: Theme.dark ? face.chip.ink.dark : face.chip.ink.light
         font.pixelSize: face.chip.prominent ? Theme.textSize : Theme.captionSize

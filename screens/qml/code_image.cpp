@@ -121,11 +121,4 @@ void CodeImage::itemChange(ItemChange change, const ItemChangeData& data) {
     }
 }
 
-void CodeImage::geometryChange(const QRectF& now, const QRectF& before) {
-    QQuickItem::geometryChange(now, before);
-    if (now.size() != before.size()) {
-        update();
-    }
-}
-
 }  // namespace zelkovanta::screens::qml

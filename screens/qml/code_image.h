@@ -30,7 +30,6 @@ Q_SIGNALS:
 protected:
     QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData* data) override;
     void itemChange(ItemChange change, const ItemChangeData& data) override;
-    void geometryChange(const QRectF& now, const QRectF& before) override;
 
 private:
     QByteArray file_;

@@ -78,7 +78,7 @@ void Press::mouseReleaseEvent(QMouseEvent* event) {
     giveUp();
     event->accept();
     if (counts) {
-        Q_EMIT clicked();  // May be the end of this item.
+        Q_EMIT clicked();  // May delete this.
     }
 }
 
@@ -109,18 +109,20 @@ void Press::keyReleaseEvent(QKeyEvent* event) {
     }
     if (!event->isAutoRepeat() && isHeldByKey_) {
         giveUp();
-        Q_EMIT clicked();  // May be the end of this item.
+        Q_EMIT clicked();  // May delete this.
     }
 }
 
 void Press::focusInEvent(QFocusEvent* event) {
     QQuickItem::focusInEvent(event);
     const Qt::FocusReason reason = event->reason();
-    if (std::exchange(focusReason_, reason) != reason) {
+    // A window that comes back brings the keyboard back to where it was, and in the way in which it was there.
+    const bool isBack = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+    if (!isBack && std::exchange(focusReason_, reason) != reason) {
         Q_EMIT focusReasonChanged();
     }
-    setVisualFocus(reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-                   reason == Qt::ShortcutFocusReason);
+    setVisualFocus(focusReason_ == Qt::TabFocusReason || focusReason_ == Qt::BacktabFocusReason ||
+                   focusReason_ == Qt::ShortcutFocusReason);
 }
 
 void Press::focusOutEvent(QFocusEvent* event) {
@@ -144,6 +146,7 @@ void Press::hoverLeaveEvent(QHoverEvent* event) {
 void Press::setHoverEnabled(bool enabled) {
     if (enabled != acceptHoverEvents()) {
         setAcceptHoverEvents(enabled);
+        setHovered(isHovered_ && enabled);
         Q_EMIT hoverEnabledChanged();
     }
 }

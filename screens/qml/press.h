@@ -7,8 +7,9 @@
 namespace zelkovanta::screens::qml {
 
 /// What can be pressed with the mouse, a finger or the space bar, and reached with the tab key. The background lies
-/// behind it and is as large as it is; the content stands between the paddings. Toolkits have their own, which brings
-/// a library of all kinds of controls into the window of a computer that only shows its queue.
+/// behind it and is as large as it is; the content stands between the paddings. Both are set once, by the QML that
+/// makes them, which owns them. Toolkits have their own, which brings a library of all kinds of controls into the
+/// window of a computer that only shows its queue. Main thread.
 class Press : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -20,9 +21,9 @@ class Press : public QQuickItem {
     Q_PROPERTY(bool down READ isDown NOTIFY downChanged)
     Q_PROPERTY(bool hoverEnabled READ acceptHoverEvents WRITE setHoverEnabled NOTIFY hoverEnabledChanged)
     Q_PROPERTY(bool hovered READ isHovered NOTIFY hoveredChanged)
-    /// How the keyboard came here the last time.
+    /// How the keyboard came here the last time; the way back from another window does not count.
     Q_PROPERTY(Qt::FocusReason focusReason READ focusReason NOTIFY focusReasonChanged)
-    /// The keyboard is here, and came by keyboard.
+    /// It has the focus, and got it by key.
     Q_PROPERTY(bool visualFocus READ hasVisualFocus NOTIFY visualFocusChanged)
 
 public:

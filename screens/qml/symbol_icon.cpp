@@ -45,7 +45,8 @@ void SymbolIcon::itemChange(ItemChange change, const ItemChangeData& data) {
 }
 
 QSGNode* SymbolIcon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
-    const QSize pixels = (size() * window()->effectiveDevicePixelRatio()).toSize();
+    const double ratio = window()->effectiveDevicePixelRatio();
+    const QSize pixels = (size() * ratio).toSize();
     if (symbol_.isEmpty() || pixels.isEmpty()) {
         delete old;
         return nullptr;
@@ -63,7 +64,8 @@ QSGNode* SymbolIcon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
     }
     // A copy, since an image that was painted on keeps the painter's workshop, which is many times its size.
     node->setTexture(window()->createTextureFromImage(image.copy()));
-    node->setRect(boundingRect());
+    // Pixel on pixel, where a scale leaves no whole number of them.
+    node->setRect({QPointF{}, QSizeF{pixels} / ratio});
     return node;
 }
 

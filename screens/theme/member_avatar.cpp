@@ -3,8 +3,6 @@
 #include "records/text.h"
 #include "screens/theme/office_color.h"
 
-#include <algorithm>
-
 namespace zelkovanta::screens::theme {
 
 namespace {
@@ -16,15 +14,14 @@ constexpr int wordLimit = 2;
 
 std::string initials(std::string_view name) {
     std::string letters;
-    for (int words = 0; words < wordLimit;) {
-        const std::string_view word = name.substr(0, name.find(' '));
-        name.remove_prefix(std::min(name.size(), word.size() + 1));
-        if (!word.empty()) {
-            letters += records::characterPrefix(1, word);
-            ++words;
-        } else if (name.empty()) {
-            break;
+    int words = 0;
+    bool inWord = false;
+    for (const std::string& character : records::characters(name)) {
+        const bool isBlank = character == " ";
+        if (!isBlank && !inWord && words++ < wordLimit) {
+            letters += character;
         }
+        inWord = !isBlank;
     }
     return letters.empty() ? "?" : records::uppercased(letters);
 }

@@ -4,6 +4,8 @@
 #include <ostream>
 #include <string>
 
+#include <QCoreApplication>
+#include <QFocusEvent>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -149,6 +151,22 @@ TEST_P(EveryButton, isNotPressedByAMouseThatHasLeftIt) {
     EXPECT_EQ(piece.presses(), 0);
 }
 
+TEST_P(EveryButton, keepsItsRingWhenTheWindowHasBeenLeft) {
+    for (const auto reason : {Qt::TabFocusReason, Qt::MouseFocusReason}) {
+        piece.focus("control", reason);
+        EXPECT_EQ(button->property("visualFocus").toBool(), reason == Qt::TabFocusReason);
+        for (const auto back : {Qt::ActiveWindowFocusReason, Qt::PopupFocusReason}) {
+            QFocusEvent left(QEvent::FocusOut, back);
+            QCoreApplication::sendEvent(button, &left);
+            EXPECT_FALSE(button->property("visualFocus").toBool());
+            QFocusEvent again(QEvent::FocusIn, back);
+            QCoreApplication::sendEvent(button, &again);
+            EXPECT_EQ(button->property("visualFocus").toBool(), reason == Qt::TabFocusReason);
+        }
+        piece.focus("around");
+    }
+}
+
 TEST_P(EveryButton, givesAPressUpWhenTheKeyboardGoesOrItMayNotBePressedAnyMore) {
     piece.focus("control");
     QTest::keyPress(piece.window.get(), Qt::Key_Space);
@@ -189,24 +207,29 @@ TEST(DisabledButton, cannotBePressedByAScreenReaderEither) {
 TEST(ScrollBar, showsAndTakesTheListAlong) {
     Piece piece(
         R"(ListView { id: list; objectName: "list"; width: 100; height: 100; model: 50; delegate: Item { height: 20 }
-                              bottomMargin: 100
+                              bottomMargin: 20
                               AppScrollBar { objectName: "bar"; of: list } })");
     const QQuickItem* const list = piece.item("list");
     const QQuickItem* const bar = piece.item("bar");
-    const double end = 50 * 20 + 100 - 100;
+    const double end = 50 * 20 + 20 - 100;
     const int x = static_cast<int>(bar->x() + bar->width() / 2);
     ASSERT_TRUE(bar->isVisible());
     EXPECT_EQ(bar->x() + bar->width(), list->width());
+    EXPECT_EQ(bar->height(), 80) << "the rest lies below what floats there";
+    const auto place = [list] { return list->property("contentY").toDouble(); };
+    // The handle is 100 of 1,020 long, and lies within a pixel of the bar's ends.
+    const double handle = 78 * 100.0 / 1020;
+    const double way = 78 - handle;
     QTest::mousePress(piece.window.get(), Qt::LeftButton, {}, {x, 3});
-    EXPECT_EQ(list->property("contentY").toDouble(), 0) << "it is taken where it is";
-    QTest::mouseMove(piece.window.get(), {x, 49});
-    EXPECT_NEAR(list->property("contentY").toDouble(), end / 2, end / 10);
+    EXPECT_EQ(place(), 0) << "it is taken where it is";
+    QTest::mouseMove(piece.window.get(), {x, 38});
+    EXPECT_NEAR(place(), end * 35 / way, 1);
     QTest::mouseMove(piece.window.get(), {x, 150});
-    EXPECT_NEAR(list->property("contentY").toDouble(), end, 1);
+    EXPECT_NEAR(place(), end, 1);
     QTest::mouseRelease(piece.window.get(), Qt::LeftButton, {}, {x, 150});
-    EXPECT_NEAR(list->property("contentY").toDouble(), end, 1);
-    QTest::mouseClick(piece.window.get(), Qt::LeftButton, {}, {x, 50});
-    EXPECT_NEAR(list->property("contentY").toDouble(), end / 2, end / 10) << "a press beside it brings it there";
+    EXPECT_NEAR(place(), end, 1);
+    QTest::mouseClick(piece.window.get(), Qt::LeftButton, {}, {x, 40});
+    EXPECT_NEAR(place(), end * (39 - handle / 2) / way, 1) << "a press beside it brings its middle there";
 }
 
 TEST(ScrollBar, isNotThereWhereEverythingIsInSight) {

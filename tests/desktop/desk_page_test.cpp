@@ -184,16 +184,19 @@ TEST_F(DeskPage, aSharedWorkstationAsksForTheRoomFirst) {
     EXPECT_TRUE(page.shows(QAccessible::ListItem, "Room 1, Patient ready"));
     EXPECT_FALSE(page.shows(QAccessible::ListItem, "Room 3, Patient ready"));
     EXPECT_TRUE(page.shows(QAccessible::Button, "Send a request"));
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Your status"));
     page.press("Sign out");
     EXPECT_EQ(page.computer.requestCount("POST", "/devices/me/signout"), 1U);
     page.computer.answer("POST", "/devices/me/signout", 200);
     page.settle();
+    EXPECT_FALSE(page.shows(QAccessible::ComboBox, "Your status"));
     EXPECT_TRUE(page.says("Sign in to Front desk"));
     EXPECT_FALSE(page.shows(QAccessible::Button, "Sign out"));
     auto device = support::makeDeviceWithSignIn("dr-amari");
     device.name = "Front desk";
     page.computer.deliverSessionStarted(device, practice().members[0]);
     page.settle();
+    EXPECT_TRUE(page.shows(QAccessible::ComboBox, "Your status"));
     EXPECT_TRUE(page.says("Last used: Room 1. Choose it or another room for this sign-in."));
     EXPECT_FALSE(page.shows(QAccessible::Button, "Send a request"));
 }

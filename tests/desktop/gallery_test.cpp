@@ -21,7 +21,7 @@ const std::set<std::string> elsewhere{"Main",        "DeskView",    "RoomChoice"
 
 /// Adds the components that a file of QML is made of, and those that they are made of.
 void addComponentsOf(const std::filesystem::path& file, std::set<std::string>& components) {
-    static const std::regex named(R"(\b([A-Z][A-Za-z]*) \{)");
+    static const std::regex named(R"re(\b([A-Z][A-Za-z]*)(?: \{|\.qml"))re");
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();
     const std::string source = text.str();

@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFont>
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
@@ -252,23 +253,39 @@ TEST(AddButton, standsSixteenFromTheEdgesAndSaysWhatItDoes) {
     }
 }
 
-TEST(AddButton, hasATipForThePointer) {
-    Piece piece(R"(ComposeFab { objectName: "add"; x: 40; y: 80 })");
-    const QQuickItem* const button = piece.item("add");
-    const auto tip = [button]() -> const QObject* {
-        for (const QObject* child : button->findChildren<QObject*>()) {
-            if (child->property("delay").isValid() && child->property("timeout").isValid()) {
-                return child;
-            }
+/// The tip of an item, once it has been made.
+QObject* tipOf(const QQuickItem* item) {
+    for (QObject* child : item->findChildren<QObject*>()) {
+        if (child->property("delay").isValid() && child->property("timeout").isValid()) {
+            return child;
         }
-        return nullptr;
-    };
-    EXPECT_EQ(tip(), nullptr) << "nobody has pointed there";
+    }
+    return nullptr;
+}
+
+TEST(AddButton, hasATipForThePointerOnceItHasRestedThere) {
+    Piece piece(R"(ComposeFab { objectName: "add"; x: 40; y: 80 })");
+    EXPECT_EQ(tipOf(piece.item("add")), nullptr) << "nobody has pointed there";
     QTest::mouseMove(piece.window.get(), {66, 106});
     piece.settle();
-    ASSERT_NE(tip(), nullptr);
-    EXPECT_EQ(tip()->property("text").toString(), "Send a request");
-    EXPECT_FALSE(tip()->property("visible").toBool()) << "only once the pointer has rested there";
+    QObject* const tip = tipOf(piece.item("add"));
+    ASSERT_NE(tip, nullptr);
+    EXPECT_EQ(tip->property("text").toString(), "Send a request");
+    EXPECT_FALSE(tip->property("visible").toBool());
+    QTest::mouseMove(piece.window.get(), {5, 5});
+    tip->setProperty("delay", 0);
+    QTest::mouseMove(piece.window.get(), {66, 106});
+    piece.settle();
+    EXPECT_TRUE(tip->property("visible").toBool());
+}
+
+TEST(AddButton, hasATipForTheKeyboard) {
+    Piece piece(R"(ComposeFab { objectName: "add"; x: 40; y: 80 })");
+    piece.focus("add", Qt::MouseFocusReason);
+    EXPECT_EQ(tipOf(piece.item("add")), nullptr);
+    piece.focus("around");
+    piece.focus("add");
+    EXPECT_NE(tipOf(piece.item("add")), nullptr);
 }
 
 /// Where each of the digits of a text begins, and where the text ends.
@@ -285,8 +302,10 @@ std::vector<double> edges(const Piece& piece, const std::string& name) {
 }
 
 TEST(CountingDigits, areAllAsWideAsTheWidestAndNothingMoves) {
-    // The first is a font whose digits are of many widths, where there is one.
-    for (const char* family : {"Z003", "DejaVu Sans"}) {
+    // The first is a font whose digits are of many widths; those of the other are even.
+    ASSERT_TRUE(QFontDatabase::hasFamily(QStringLiteral("Cantarell")));
+    for (const char* family : {"Cantarell", "DejaVu Sans"}) {
+        const bool isEven = family == std::string_view{"DejaVu Sans"};
         for (const int size : {11, 14, 40}) {
             const auto digits = [&](const char* name, const char* text, int y) {
                 return std::string("Digits { objectName: \"") + name + "\"; text: \"" + text +
@@ -296,7 +315,7 @@ TEST(CountingDigits, areAllAsWideAsTheWidestAndNothingMoves) {
             Piece piece(digits("ones", "1:11", 0) + digits("noughts", "0:00", 60) +
                         digits("sentence", "Code refreshes in 1:11", 120));
             EXPECT_EQ(edges(piece, "ones"), edges(piece, "noughts"));
-            ASSERT_EQ(edges(piece, "ones").size(), 5U);
+            ASSERT_EQ(edges(piece, "ones").size(), isEven ? 2U : 5U);
             const auto before = edges(piece, "sentence");
             piece.object("sentence")->setProperty("text", "Code refreshes in 0:08");
             piece.settle();
@@ -307,7 +326,9 @@ TEST(CountingDigits, areAllAsWideAsTheWidestAndNothingMoves) {
             for (char digit = '0'; digit <= '9'; ++digit) {
                 widest = std::max(widest, QFontMetricsF(font).horizontalAdvance(QLatin1Char(digit)));
             }
-            EXPECT_NEAR(edges(piece, "ones")[3] - edges(piece, "ones")[2], widest, 0.01);
+            if (!isEven) {
+                EXPECT_NEAR(edges(piece, "ones")[3] - edges(piece, "ones")[2], widest, 0.01);
+            }
         }
     }
 }

@@ -1,7 +1,5 @@
 #include "tests/desktop/page_scenes.h"
 
-#include "records/base64.h"
-
 #include <algorithm>
 #include <iterator>
 #include <optional>

@@ -177,6 +177,45 @@ TEST_F(QueueKeys, aRowThatGoesWhileTheKeyboardIsInAnotherLeavesItThere) {
     EXPECT_TRUE(isIn("b"));
 }
 
+TEST_F(QueueKeys, theKeyboardStaysInTheListWhereARowGoesAndAnotherComesAtOnce) {
+    open({call("a", "2026-01-02T08:00:00Z"), call("b", "2026-01-02T08:01:00Z")});
+    goTo(QAccessible::Button, "On my way");
+    ASSERT_TRUE(isIn("a"));
+    page.computer.socket().accept();
+    const auto tell = [this](std::vector<records::Signal> signals) {
+        page.computer.deliverSnapshot(practice([&](records::StateSnapshot& snapshot) {
+            snapshot.device = support::makeDeviceOfMember("dr-amari");
+            snapshot.signals = std::move(signals);
+        }));
+        page.settle();
+    };
+    tell({call("b", "2026-01-02T08:01:00Z"), call("c", "2026-01-02T08:02:00Z")});
+    EXPECT_TRUE(isIn("b")) << focusedName();
+    // Nothing of it is left for later.
+    goTo(QAccessible::Button, "Send a request");
+    tell({call("b", "2026-01-02T08:01:00Z")});
+    EXPECT_EQ(focusedName(), "Send a request");
+}
+
+TEST_F(QueueKeys, aPressWithTheMouseLeavesARowWhereItIs) {
+    std::vector<records::Signal> signals;
+    for (const char letter : std::string{"abcdefghijkl"}) {
+        signals.push_back(call({letter}, "2026-01-02T08:00:" + std::to_string(10 + letter - 'a') + "Z"));
+    }
+    open(signals);
+    QQuickItem* const row = page.rowItem("a");
+    auto* const list = qobject_cast<QQuickItem*>(row->parentItem()->parentItem());
+    list->setProperty("contentY", row->height() / 3);
+    page.settle();
+    page.click(page.node(QAccessible::Button, "On my way"));
+    EXPECT_EQ(list->property("contentY").toDouble(), row->height() / 3);
+    EXPECT_EQ(pressesOn("a"), 1U) << "it counts, though its row is cut at the top";
+    page.key(Qt::Key_Down);
+    page.key(Qt::Key_Up);
+    EXPECT_TRUE(isIn("a"));
+    EXPECT_EQ(list->property("contentY").toDouble(), 0) << "a key brings it in sight";
+}
+
 TEST_F(QueueKeys, twoQuickPressesAreTwoActions) {
     open();
     goTo(QAccessible::Button, "On my way");

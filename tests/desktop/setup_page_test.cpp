@@ -1,4 +1,3 @@
-#include "records/base64.h"
 #include "tests/desktop/page_fixture.h"
 
 #include <QBuffer>

@@ -123,6 +123,29 @@ TEST_F(SignalList, theClockOfAListRunsOnlyWhileARowCanBeSeen) {
     EXPECT_EQ(runningClocks(), 0);
 }
 
+TEST_F(SignalList, theClockCountsFromTheMomentAtWhichTheListCameInSight) {
+    open({call("a", "2024-10-04T00:00:00Z")});
+    page.window->hide();
+    page.settle();
+    page.computer.loop.advance(400ms);
+    page.window->show();
+    page.settle();
+    QObject* clock = nullptr;
+    for (QObject* object : page.window->findChildren<QObject*>()) {
+        const bool isTimer = std::string_view{object->metaObject()->className()} == "QQmlTimer";
+        clock = isTimer && object->property("running").toBool() ? object : clock;
+    }
+    ASSERT_NE(clock, nullptr);
+    const auto shown = [this] { return page.rowItem("a")->property("waitText").toString(); };
+    const QString before = shown();
+    page.computer.loop.advance(12250ms);
+    EXPECT_EQ(shown(), before);
+    QMetaObject::invokeMethod(clock, "triggered");
+    page.settle();
+    EXPECT_NE(shown(), before);
+    EXPECT_EQ(clock->property("interval").toInt(), 750) << "up to the next whole second since then";
+}
+
 TEST_F(SignalList, aSignalThatOvertakesIsAlsoReadFirst) {
     open({call("a", "2026-01-02T08:00:01Z"), call("b", "2026-01-02T08:00:02Z")});
     page.computer.deliverCreated(urgentCall("u"));

@@ -80,7 +80,7 @@ Column {
                     anchors.verticalCenter: parent.verticalCenter
 
                     Repeater {
-                        model: shelf.samples.dots
+                        model: shelf.samples.dots(ground.modelData === "accent")
 
                         Item {
                             id: pill

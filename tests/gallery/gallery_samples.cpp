@@ -138,11 +138,11 @@ Samples::Samples(platform::simulated::SimulatedAppearance& appearance)
     choices_.setChoices({{"a", "Room 1"}, {"b", "Room 2"}, {"c", "חדר טיפולים מספר אחת"}});
 }
 
-QVariantList Samples::dots() {
+QVariantList Samples::dots(bool onAccent) {
+    const auto place = onAccent ? screens::DotPlace::onSelectedBackground : screens::DotPlace::plain;
     QVariantList dots;
-    for (const auto& color : {theme::fixed(theme::brandGreen), theme::fixed(theme::brandYellow),
-                              theme::fixed(theme::stone), theme::textTertiary}) {
-        dots.push_back(QVariant::fromValue(screens::qml::ShownColor{color}));
+    for (const char* status : {"available", "busy", "dnd", ""}) {
+        dots.push_back(QVariant::fromValue(screens::qml::ShownColor{screens::statusDotColor(status, place)}));
     }
     return dots;
 }

@@ -25,7 +25,6 @@ class Samples : public QObject {
     /// The page of somebody with a form open.
     Q_PROPERTY(zelkovanta::screens::qml::PageModel* page READ page CONSTANT)
     /// The colours in which somebody's status is told.
-    Q_PROPERTY(QVariantList dots READ dots CONSTANT)
     Q_PROPERTY(QStringList symbols READ symbols CONSTANT)
     Q_PROPERTY(QByteArray code READ code CONSTANT)
 
@@ -35,7 +34,8 @@ public:
     [[nodiscard]] screens::qml::QueueModel* rows() { return &rows_; }
     [[nodiscard]] screens::qml::ChoiceModel* choices() { return &choices_; }
     [[nodiscard]] screens::qml::PageModel* page() { return page_.get(); }
-    [[nodiscard]] static QVariantList dots();
+    /// Of each status, and of none, on the page or on the accent colour.
+    Q_INVOKABLE [[nodiscard]] static QVariantList dots(bool onAccent);
     [[nodiscard]] QStringList symbols() const;
     [[nodiscard]] QByteArray code() const;
 

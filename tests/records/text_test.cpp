@@ -141,6 +141,15 @@ TEST(TextTest, everyWordIsCapitalizedAndItsRestLowered) {
     EXPECT_EQ(capitalized("'quoted'"), "'Quoted'");
 }
 
+TEST(TextTest, aPartFromRightToLeftKeepsItsDirectionToItself) {
+    for (const std::string part : {"דנה כהן", "سارة", "Dr. דנה", "ߒߞߏ"}) {
+        EXPECT_EQ(isolated(part), "\u2068" + part + "\u2069");
+    }
+    for (const std::string part : {"", "Ana", "Żaneta 王 😀 Ω", "1 – 2", "\xff"}) {
+        EXPECT_EQ(isolated(part), part);
+    }
+}
+
 TEST(TextTest, onlyLettersAndNumbersStay) {
     EXPECT_EQ(alphanumericsOnly(" AB-12_cd! "), "AB12cd");
     EXPECT_EQ(alphanumericsOnly("ä½Ⅷ٣字"), "ä½Ⅷ٣字");

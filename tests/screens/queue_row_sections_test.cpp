@@ -275,5 +275,18 @@ TEST(MemberStatusControl, aStatusThatIsNotKnownReadsAsAvailableWithAFaintDot) {
     }
 }
 
+TEST(QueueSections, ofTwoRecordsWithOneIdTheFirstIsTheOneThatIsShown) {
+    StoreState state = officeOfMe();
+    state.rooms.push_back(makeRoom("room-1", [](records::Room& room) { room.name = "Another"; }));
+    state.members.push_back(makeMember("ana", [](records::Member& member) { member.name = "Another"; }));
+    state.signals = {makeSignalTo("me", "signal-1")};
+    state.signals[0].roomId = "room-1";
+    state.signals[0].requesterId = "ana";
+    const auto rows = personalQueueSection(state, SectionTitle::hidden, std::nullopt, strings).rows;
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].room, state.rooms.front());
+    EXPECT_EQ(rows[0].requester, state.members[2]);
+}
+
 }  // namespace
 }  // namespace zelkovanta::screens

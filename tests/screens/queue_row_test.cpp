@@ -130,6 +130,9 @@ TEST(QueueRow, theDetailNamesTheRequesterAndTheTarget) {
         {{}, {}, false, {}, {}, ""},
         {"Ana", {}, false, {}, {}, "Ana"},
         {"Ana", "Nurse", false, {}, {}, "Ana · Nurse"},
+        // A name may be empty, and is a part all the same.
+        {"", "Nurse", false, {}, {}, " · Nurse"},
+        {"", {}, true, {}, "Bo", " · for Bo"},
         // A department without a person is none.
         {{}, "Nurse", false, {}, {}, ""},
         {"Ana", "Nurse", false, {}, "Bo", "Ana · Nurse"},

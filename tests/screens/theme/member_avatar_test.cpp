@@ -28,6 +28,8 @@ TEST(Initials, areTheFirstCharactersOfTheFirstTwoWords) {
         {"Ana\tLind", "A"},
         {"Ana\u00A0Lind", "A"},
         {"\n", "\n"},
+        // A mark makes another character of it.
+        {"Ana \u0301Lind", "A"},
         // User-perceived characters.
         {"e\u0301lan o\u0308zil", "E\u0301O\u0308"},
         {"👩‍⚕️ Ana", "👩‍⚕️A"},
