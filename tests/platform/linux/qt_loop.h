@@ -16,10 +16,14 @@ inline bool runUntil(const std::function<bool()>& isDone, std::chrono::milliseco
     const QDeadlineTimer deadline(limit);
     QTimer wake;
     wake.start(std::min(limit, std::chrono::milliseconds{20}));
-    while (!isDone() && !deadline.hasExpired()) {
+    // Asked once for each answer: what looks at another process may be told something else the next time.
+    while (!isDone()) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-    return isDone();
+    return true;
 }
 
 /// Deletes, when its scope ends, what was to be deleted later: no loop runs any more that would. Declared right after
