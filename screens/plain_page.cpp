@@ -96,7 +96,7 @@ private:
         }
         const bool isPersonal = state_.device && state_.device->memberId;
         if (const records::Member* member = store::signedInMember(state_); member && !isPersonal) {
-            page.signedInName = member->name;
+            page.signedIn = platform::filled(word("Signed in · %@"), {member->name});
         }
         if (waitsForSomebody()) {
             page.signIn = signIn(page.title);

@@ -69,13 +69,13 @@ Item {
         Item {
             width: parent.width
             height: Theme.margin + signOut.height
-            visible: desk.page.signedInName !== ""
+            visible: desk.page.signedIn !== ""
 
             Caption {
                 x: Theme.margin
                 width: signOut.x - 8 - x
                 anchors.verticalCenter: signOut.verticalCenter
-                text: qsTr("Signed in · %@").split("%@").join(desk.page.signedInName)
+                text: desk.page.signedIn
                 font.pixelSize: Theme.textSize
             }
             AppButton {

@@ -94,7 +94,7 @@ ListView {
         ListView.onRemove: if (hasKeyboard) {
             list.vacated = list.enteredRow;
             list.cameBy = list.lastReason();
-            Qt.callLater(list.followUp);
+            Qt.callLater(list.followUp); // qmllint disable type
         }
         // A row that waits for its next use is none for a screen reader, and none for the keyboard.
         ListView.onPooled: {

@@ -63,7 +63,7 @@ QByteArray PageModel::setupImage() const {
 }
 
 void PageModel::openCompose() {
-    if (compose_ != nullptr || !plainPage(store_->state(), ports_.strings).canSend) {
+    if (compose_ != nullptr || !page_.canSend) {
         return;
     }
     composePlace_ = formPlace(store_->state());

@@ -46,7 +46,7 @@ class PageModel : public QObject {
     Q_PROPERTY(QString subtitle READ subtitle NOTIFY pageChanged)
     Q_PROPERTY(QString error READ error NOTIFY pageChanged)
     Q_PROPERTY(QString hint READ hint NOTIFY pageChanged)
-    Q_PROPERTY(QString signedInName READ signedInName NOTIFY pageChanged)
+    Q_PROPERTY(QString signedIn READ signedIn NOTIFY pageChanged)
     Q_PROPERTY(QString setupPlaceholder READ setupPlaceholder NOTIFY pageChanged)
     Q_PROPERTY(bool asksForSignIn READ asksForSignIn NOTIFY pageChanged)
     Q_PROPERTY(QString signInHeading READ signInHeading NOTIFY pageChanged)
@@ -84,7 +84,7 @@ public:
     [[nodiscard]] QString subtitle() const { return shown(page_.subtitle); }
     [[nodiscard]] QString error() const { return shown(page_.error); }
     [[nodiscard]] QString hint() const { return shown(page_.hint); }
-    [[nodiscard]] QString signedInName() const { return shown(page_.signedInName); }
+    [[nodiscard]] QString signedIn() const { return shown(page_.signedIn); }
     [[nodiscard]] QString setupPlaceholder() const { return shown(page_.setupPlaceholder); }
     [[nodiscard]] bool asksForSignIn() const { return page_.signIn.isShown; }
     [[nodiscard]] QString signInHeading() const { return shown(page_.signIn.heading); }

@@ -192,8 +192,8 @@ TEST_P(QueueFace, aTimerIsSecondaryAndTurnsRed) {
 TEST_P(QueueFace, theChipAndTheBadgeHaveTheirColours) {
     open();
     struct Case {
-        const char* status;
-        Pair text;
+        const char* status{};
+        Pair text{};
         QColor fill;
     };
     const bool isDark = GetParam() == Appearance::dark;
@@ -223,8 +223,8 @@ TEST_P(QueueFace, theButtonsHaveTheirColours) {
     open();
     show(fullRow());
     struct Case {
-        const char* text;
-        Pair foreground;
+        const char* text{};
+        Pair foreground{};
         QColor fill;
         QColor outline;
     };

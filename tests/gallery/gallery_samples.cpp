@@ -15,7 +15,6 @@ namespace zelkovanta::gallery {
 
 namespace {
 
-namespace theme = screens::theme;
 using screens::QueueRow;
 using screens::RowAction;
 

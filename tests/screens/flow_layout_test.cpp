@@ -1,7 +1,7 @@
 #include "screens/flow_layout.h"
 
 #include <algorithm>
-#include <numeric>
+#include <ranges>
 #include <rapidcheck.h>
 
 #include <gmock/gmock.h>
@@ -99,9 +99,7 @@ RC_GTEST_PROP(FlowLayout, everyPieceIsPlacedOnceInOrderAndNoneTouchesAnother, ()
         RC_ASSERT(row.items.size() == 1 || row.width <= width);
         order.insert(order.end(), row.items.begin(), row.items.end());
     }
-    std::vector<std::size_t> all(pieces.size());
-    std::iota(all.begin(), all.end(), 0);
-    RC_ASSERT(order == all);
+    RC_ASSERT(std::ranges::equal(order, std::views::iota(std::size_t{0}, pieces.size())));
     RC_ASSERT(places.size() == pieces.size());
 
     for (std::size_t index = 1; index < pieces.size(); ++index) {

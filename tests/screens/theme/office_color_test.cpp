@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numbers>
 #include <random>
 #include <rapidcheck.h>
 #include <string>
@@ -34,8 +35,8 @@ rc::Gen<std::uint32_t> anyColor() {
 /// a third of a circle apart.
 double hueOf(const Color& color) {
     const double alpha = color.red - (color.green + color.blue) / 2;
-    const double beta = std::sqrt(3.0) / 2 * (color.green - color.blue);
-    return std::atan2(beta, alpha) * 180 / std::acos(-1.0);
+    const double beta = std::numbers::sqrt3 / 2 * (color.green - color.blue);
+    return std::atan2(beta, alpha) * 180 / std::numbers::pi;
 }
 
 double saturationOf(const Color& color) {
