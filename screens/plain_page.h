@@ -37,7 +37,7 @@ struct PlainPage {
     std::string title;     ///< the room, the person or the station
     std::string subtitle;  ///< what this computer is, and in which office
     std::string error;
-    std::string hint;          ///< what has to happen before there is something to do here; may be empty
+    std::string hint;      ///< what has to happen before there is something to do here; may be empty
     std::string signedIn;  ///< who is, at a computer where people sign in; may be empty
 
     PlainSignIn signIn;
