@@ -54,8 +54,9 @@ struct Exchange {
     std::size_t headerSize = 0;
     bool isTooLarge = false;
     bool usesProxy = false;
-    bool isSent = false;      ///< has been given a connection to go out on
-    bool isRepeated = false;  ///< would have gone out on another one
+    bool isAnsweredByProxy = false;  ///< not by the server at the end of its tunnel
+    bool isSent = false;             ///< has been given a connection to go out on
+    bool isRepeated = false;         ///< would have gone out on another one
     bool isOnStaleConnection = false;
     const TlsHandshakes* handshakes = nullptr;
     curl_off_t moved = 0;
@@ -244,6 +245,7 @@ private:
         curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &Exchange::noteProgress);
         curl_easy_setopt(easy, CURLOPT_XFERINFODATA, &exchange);
         exchange.usesProxy = proxy.has_value();
+        exchange.isAnsweredByProxy = exchange.usesProxy && url.scheme == "http";
         curl_easy_setopt(easy, CURLOPT_PROXY, proxy.value_or("").c_str());
         curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
         exchange.handshakes = &handshakes_;
@@ -356,7 +358,7 @@ private:
         }
         long status = 0;
         curl_easy_getinfo(exchange.easy, CURLINFO_RESPONSE_CODE, &status);
-        if (exchange.usesProxy && status == 407) {
+        if (exchange.isAnsweredByProxy && status == 407) {
             return failure(TransportCause::proxyFailed);
         }
         if (status < 100) {

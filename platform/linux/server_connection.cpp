@@ -3,7 +3,6 @@
 #include "platform/linux/name_lookup.h"
 #include "records/base64.h"
 
-#include <netinet/tcp.h>
 #include <optional>
 #include <utility>
 
@@ -200,9 +199,7 @@ Awaitable<bool> ServerConnection::connect(std::string host, std::uint16_t port) 
             Socket& socket = streams_->socket;
             socket.set_option(tcp::no_delay(true), failed);
             socket.set_option(asio::socket_base::keep_alive(true), failed);
-            // What the peer has not acknowledged for this long is lost with its connection.
-            using UserTimeout = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_USER_TIMEOUT>;
-            socket.set_option(UserTimeout(30'000), failed);
+            // How long the other side may stay silent is for the watchdog of what is spoken here to say, not for TCP.
             co_return true;
         }
     }

@@ -139,7 +139,7 @@ class WhereTheOfficeBreaksOff(OnAWire):
 
     def test_killed_within_a_frame_it_is_found_again_and_nothing_is_lost(self):
         window = self.set_up_over_the_wire()
-        broken = self.break_off_in_the_midst(lambda data: data[0] == 0x81)
+        broken = self.break_off_in_the_midst(lambda data: data[0] == 0x81 and b'"signal.created"' in data)
         subprocess.Popen([self.stage.office_program, "send", "--room", ROOM, "--type", "ready", "--note", "first",
                           "--database", self.stage.database], env=self.stage.environment,
                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).wait()

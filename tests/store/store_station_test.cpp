@@ -279,6 +279,28 @@ TEST_F(StoreStationTest, aSnapshotWithoutTheRoomAsksForItAnew) {
     EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 0U);
 }
 
+TEST_F(StoreStationTest, aConfirmedRoomOutlastsSnapshotsAndRoomListsThatStillHaveIt) {
+    launchShared();
+    signIn();
+    store->confirmFlexibleRoom("room-2");
+    const FlexibleRoomSession confirmed = state().flexibleRoomSession;
+    const LoginScope scope = state().settings.stationSignIn;
+    ASSERT_EQ(confirmed.confirmedRoomId, "room-2");
+    const auto expectKept = [&](const char* when) {
+        EXPECT_EQ(state().flexibleRoomSession, confirmed) << when;
+        EXPECT_EQ(state().settings.stationSignIn, scope) << when;
+    };
+    deliverSnapshot(snapshotWithSignIn("member-1"));
+    expectKept("after a snapshot");
+    deliverRecord("rooms.updated", server::server_message::RoomsUpdated{{makeRoom("room-2"), makeRoom("room-9")}});
+    expectKept("after a list of rooms");
+    socket().fail({});
+    loop.advance(3s);
+    deliverSnapshot(snapshotWithSignIn("member-1"));
+    expectKept("after a lost link");
+    EXPECT_EQ(requestCount("POST", "/devices/me/signout"), 0U);
+}
+
 // The login in which a sign-in was made.
 
 TEST_F(StoreStationTest, aSignInOutlivesARelaunchInTheSameLogin) {

@@ -9,6 +9,7 @@ using server::ConnectionState;
 using support::makeDevice;
 using support::makeDeviceWithSignIn;
 using support::makeMember;
+using support::makeSignalThatIs;
 using support::makeSignalWithNote;
 using support::makeSnapshot;
 using testing::ElementsAre;
@@ -83,6 +84,16 @@ TEST_F(StoreUnlinkingTest, unlinkingAComputerThatTheServerNoLongerKnowsEndsThePa
     expectUnpaired();
     EXPECT_EQ(state().setupQrNotice, std::nullopt);
     EXPECT_EQ(state().lastError, std::nullopt);
+}
+
+TEST_F(StoreUnlinkingTest, theEndOfAPairingLeavesTheLastErrorAsItStands) {
+    launchInRoom();
+    run([](AppStore& app) { return app.actOnSignal(makeSignalThatIs("waiting", "s"), "done"); });
+    answer("PATCH", "/signals/s", 409, R"({"error":"already_cleared"})");
+    socket().fail({.closeCode = 4001, .httpStatus = {}});
+    settle();
+    expectUnpaired();
+    EXPECT_EQ(state().lastError, "That signal was already cleared.");
 }
 
 TEST_F(StoreUnlinkingTest, unlinkingWithADeadTokenIsARevocation) {

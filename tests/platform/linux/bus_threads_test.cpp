@@ -155,7 +155,7 @@ TEST_F(BusThreadsTest, theIdOfASilentBusIsNotKnownAndNobodyWaits) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(id.value(), "");
     EXPECT_EQ(id.value(), "");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 1s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
 }
 
 }  // namespace

@@ -61,12 +61,13 @@ TEST_F(CurlTlsTest, aServerWithoutTlsIsNotTalkedTo) {
 
 struct CurlProxyTest : CurlTlsTest {
     /// A proxy that leads every tunnel to the end of the script itself, as the server that was asked for.
-    static ScriptedServer::Script tunnelTo(const TestCertificate& certificate, std::string& seen) {
-        return [certificate, &seen](ScriptedConnection& connection) {
+    static ScriptedServer::Script tunnelTo(const TestCertificate& certificate, std::string& seen,
+                                           ScriptedServer::Script server = answerAll) {
+        return [certificate, &seen, server = std::move(server)](ScriptedConnection& connection) {
             seen = connection.readRequest();
             connection.send("HTTP/1.1 200 Connection established\r\n\r\n");
             if (connection.startTls(certificate)) {
-                answerAll(connection);
+                server(connection);
             }
         };
     }
@@ -99,6 +100,17 @@ TEST_F(CurlProxyTest, aProxyThatWantsALoginOrIsNotThereIsTheProxysFailure) {
     settings.proxies = {.http = proxy.address(), .https = proxy.address()};
     EXPECT_EQ(causeOfGetting("https://office.test/"), TransportCause::proxyFailed);
     EXPECT_EQ(causeOfGetting("http://office.test/"), TransportCause::proxyFailed);
+}
+
+TEST_F(CurlProxyTest, aServerBehindTheTunnelThatWantsALoginHasAnswered) {
+    std::string seen;
+    ScriptedServer proxy(
+        tunnelTo(makeServerCertificate(authority, "office.test"), seen, [](ScriptedConnection& connection) {
+            connection.readRequest();
+            connection.send(answer("its own words", "407 Proxy Authentication Required"));
+        }));
+    settings.proxies.https = proxy.address();
+    EXPECT_EQ(shown(get("https://office.test/")), "407 its own words");
 }
 
 TEST_F(CurlProxyTest, aProxyThatIsNotThereIsTheProxysFailure) {

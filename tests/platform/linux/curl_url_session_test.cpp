@@ -11,6 +11,24 @@
 namespace zelkovanta::platform::linux_host {
 namespace {
 
+// As gzip writes them.
+/// {"ok":true}
+constexpr std::string_view packedAnswer{
+    "\037\213\010\000\000\000\000\000\002\003\253\126\312\317\126\262\052\051\052\115\255\005\000\220"
+    "\137\324\247\013\000\000\000",
+    31};
+/// The letter x, 20,000 times.
+constexpr std::string_view packedLetters{
+    "\037\213\010\000\000\000\000\000\002\003\355\301\061\001\000\000\000\302\240\332\213\157\015\017"
+    "\240\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\000\170\060\003\107"
+    "\145\101\040\116\000\000",
+    54};
+
+std::string packed(std::string_view body) {
+    return "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+           std::string{body};
+}
+
 TEST_F(CurlUrlSessionTest, aRequestGoesOutWithItsMethodHeadersAndBodyAndNothingAddedOfContent) {
     std::string seen;
     ScriptedServer server([&](ScriptedConnection& connection) {
@@ -41,6 +59,9 @@ TEST_F(CurlUrlSessionTest, aRequestWithoutABodyHasNoContentType) {
         EXPECT_TRUE(perform({.method = method, .url = "http://" + server.address() + "/"}).has_value());
         EXPECT_TRUE(seen.starts_with(method + " / HTTP/1.1\r\n")) << seen;
         EXPECT_EQ(seen.find("Content-Type"), std::string::npos) << seen;
+        EXPECT_EQ(seen.find("Transfer-Encoding"), std::string::npos) << seen;
+        // A POST without a length is refused by servers that take the standard by its word.
+        EXPECT_EQ(seen.find("\r\nContent-Length: 0\r\n") != std::string::npos, method == "POST") << seen;
     }
 }
 
@@ -111,8 +132,9 @@ TEST_F(CurlUrlSessionTest, anAnswerThatStopsHalfwayTimesOut) {
 }
 
 TEST_F(CurlUrlSessionTest, aSlowAnswerThatKeepsMovingIsAlive) {
-    configuration.idleTimeout = 200ms;
-    const std::string whole = answer("0123456789");
+    configuration.idleTimeout = 500ms;
+    const std::string body(80, 'x');
+    const std::string whole = answer(body);
     ScriptedServer server([&](ScriptedConnection& connection) {
         connection.readRequest();
         for (const char byte : whole) {
@@ -123,7 +145,7 @@ TEST_F(CurlUrlSessionTest, aSlowAnswerThatKeepsMovingIsAlive) {
         }
     });
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(shown(get("http://" + server.address())), "200 0123456789");
+    EXPECT_EQ(shown(get("http://" + server.address())), "200 " + body);
     EXPECT_GT(std::chrono::steady_clock::now() - start, 3 * configuration.idleTimeout);
 }
 
@@ -147,6 +169,26 @@ TEST_F(CurlUrlSessionTest, aBodyExactlyAtItsCapIsTaken) {
     const Result result = get("http://" + server.address());
     ASSERT_TRUE(result.has_value());
     EXPECT_EQ(result->body.size(), 1000U);
+}
+
+TEST_F(CurlUrlSessionTest, aPackedAnswerIsUnpacked) {
+    ScriptedServer server([](ScriptedConnection& connection) {
+        EXPECT_NE(connection.readRequest().find("\r\nAccept-Encoding: gzip, deflate\r\n"), std::string::npos);
+        connection.send(packed(packedAnswer));
+    });
+    EXPECT_EQ(shown(get("http://" + server.address())), "200 {\"ok\":true}");
+}
+
+TEST_F(CurlUrlSessionTest, theCapIsForWhatIsUnpacked) {
+    ScriptedServer server([](ScriptedConnection& connection) {
+        connection.readRequest();
+        connection.send(packed(packedLetters));
+    });
+    configuration.maximumBodySize = 19'999;
+    EXPECT_EQ(causeOfGetting("http://" + server.address()), TransportCause::tooLarge);
+    session.reset();
+    configuration.maximumBodySize = 20'000;
+    EXPECT_EQ(shown(get("http://" + server.address())), "200 " + std::string(20'000, 'x'));
 }
 
 TEST_F(CurlUrlSessionTest, headersThatNeverEndAreABadResponse) {

@@ -232,10 +232,10 @@ TEST_F(SecretServiceKeyStoreTest, aLockedServiceIsWaitedForUntilItIsUnlocked) {
     fake.isLocked = true;
     fake.isPromptSilent = true;
     // Waiting for the person has no limit, unlike waiting for an answer of the service.
-    store.emplace(mainThread.executor(), workers.makeWorkerQueue(), 100ms);
+    store.emplace(mainThread.executor(), workers.makeWorkerQueue(), 1s);
     const auto reading = beginRead(token);
     EXPECT_TRUE(runUntil([&] { return std::ranges::count(fake.calls, "Prompt") == 1; }));
-    EXPECT_FALSE(runUntil([&] { return reading->isDone; }, 300ms));
+    EXPECT_FALSE(runUntil([&] { return reading->isDone; }, 1500ms));
     fake.answerPrompt(false);
     EXPECT_TRUE(runUntil([&] { return reading->isDone; }));
     EXPECT_EQ(reading->value, "behind the lock");
