@@ -19,6 +19,7 @@ Item {
         radius: width / 2
         color: avatar.disc
         border.width: 1.5
+        border.pixelAligned: false
         border.color: avatar.ringColor
     }
     Text {

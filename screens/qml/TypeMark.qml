@@ -15,6 +15,7 @@ Item {
         radius: width / 2
         color: Qt.alpha(typeMark.tint, 0.22)
         border.width: 1.5
+        border.pixelAligned: false
         border.color: Qt.alpha(typeMark.tint, 0.55)
     }
     Rectangle {

@@ -171,11 +171,11 @@ QColor mixed(const QColor& over, double opacity, const QColor& ground) {
             channel(over.blue(), ground.blue())};
 }
 
-void expectNear(const QColor& color, const QColor& wanted) {
-    EXPECT_NEAR(color.red(), wanted.red(), 2)
+void expectNear(const QColor& color, const QColor& wanted, int forgiven = 2) {
+    EXPECT_NEAR(color.red(), wanted.red(), forgiven)
         << color.name().toStdString() << " is not " << wanted.name().toStdString();
-    EXPECT_NEAR(color.green(), wanted.green(), 2);
-    EXPECT_NEAR(color.blue(), wanted.blue(), 2);
+    EXPECT_NEAR(color.green(), wanted.green(), forgiven);
+    EXPECT_NEAR(color.blue(), wanted.blue(), forgiven);
 }
 
 TEST(Avatar, isADiscWithARingAndInitials) {
@@ -218,6 +218,23 @@ TEST(Avatar, hasInitialsInAFixedPartOfItsDiameter) {
         const auto* const ring = piece.item("avatar")->childItems()[0]->property("border").value<QObject*>();
         EXPECT_EQ(ring->property("width").toDouble(), 1.5);
     }
+}
+
+TEST(Rings, areAPixelAndAHalfWide) {
+    Piece piece(R"(
+        MemberAvatar { objectName: "avatar"; diameter: 80; initials: ""; disc: "#0000FF"; ringColor: "#FF0000" }
+        TypeMark { objectName: "mark"; x: 100; side: 80; tint: "#FF0000" })");
+    for (const char* const name : {"avatar", "mark"}) {
+        const auto* const ring = piece.item(name)->childItems()[0]->property("border").value<QObject*>();
+        EXPECT_EQ(ring->property("width").toDouble(), 1.5) << name;
+        EXPECT_FALSE(ring->property("pixelAligned").toBool()) << name << ", or two pixels are drawn";
+    }
+    // Within the height of a pixel an edge of this bend is a fiftieth of a pixel off.
+    constexpr int bend = 8;
+    const QImage picture = piece.picture();
+    expectNear(picture.pixelColor(0, 40), "#FF0000", bend);
+    expectNear(picture.pixelColor(1, 40), mixed("#FF0000", 0.5, "#0000FF"), bend);
+    expectNear(picture.pixelColor(2, 40), "#0000FF", bend);
 }
 
 TEST(AddButton, shinesAtTheTopAndCastsAShadow) {

@@ -189,13 +189,11 @@ Window {
                 MemberAvatar {
                     initials: "?"
                     disc: "transparent"
-                    ringColor: Theme.hairline
                 }
                 MemberAvatar {
                     diameter: 64
                     initials: "HV"
                     disc: Qt.alpha("#7C5CD6", 0.29)
-                    ringColor: Theme.hairline
                 }
             }
             GalleryPart {
