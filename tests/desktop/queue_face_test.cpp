@@ -1,53 +1,17 @@
 #include "screens/qml/theme.h"
 #include "screens/theme/office_color.h"
-#include "tests/desktop/drawn_items.h"
-#include "tests/desktop/page_fixture.h"
+#include "tests/desktop/face.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <stdexcept>
-
-#include <QFont>
-#include <gtest/gtest.h>
 
 /// The colours and letters in which the pieces of a queue are drawn.
 namespace zelkovanta::desktop_test {
 namespace {
 
-constexpr auto symbolIcon = "zelkovanta::screens::qml::SymbolIcon";
-
-/// A colour in either appearance, as Qt reads it.
-struct Pair {
-    const char* light;
-    const char* dark;
-};
-
-constexpr Pair primary{"#1A1206", "#F3EFE6"};
-constexpr Pair secondary{"#5C5142", "#C9C4BB"};
-constexpr Pair tertiary{"#8A8170", "#8F8A80"};
-constexpr Pair card{"#FFFFFF", "#1E1B24"};
-constexpr Pair ink{"#1A1206", "#1A1206"};
-constexpr Pair white{"#FFFFFF", "#FFFFFF"};
-constexpr Pair yellow{"#FFE14D", "#FFE14D"};
-constexpr Pair redText{"#C41230", "#FF6B7E"};
-constexpr Pair blueText{"#3457C4", "#8FB0F7"};
-
-QColor withOpacity(const char* color, double opacity) {
-    QColor result{QLatin1String{color}};
-    result.setAlphaF(static_cast<float>(opacity));
-    return result;
-}
-
-/// What is drawn is told in eight bits for each part.
-std::string told(const QColor& color) {
-    return color.name(QColor::HexArgb).toStdString();
-}
-
-class QueueFace : public testing::TestWithParam<Appearance> {
+class QueueFace : public Face {
 protected:
-    QueueFace() : page(GetParam()) {}
-
     void open(std::string_view role = "room") {
         page.computer.launchWith(role, practice([&](records::StateSnapshot& snapshot) {
                                      if (role == "member") {
@@ -65,50 +29,10 @@ protected:
     }
     [[nodiscard]] QQuickItem* row() const { return page.rowItem("a"); }
     [[nodiscard]] QQuickItem* cardItem() const { return row()->childItems().at(1); }
-    [[nodiscard]] QQuickItem* only(std::string_view type, const QQuickItem* in = nullptr) const {
-        const auto found = shownItemsOfType(in != nullptr ? in : page.window->contentItem(), type);
-        if (found.size() != 1) {
-            throw std::logic_error(std::to_string(found.size()) + " of " + std::string{type});
-        }
-        return found.front();
-    }
-    /// The visible text that says this.
-    [[nodiscard]] QQuickItem* text(const QQuickItem* in, const char* words) const {
-        for (const char* type : {"Words", "RowLine", "Caption", "SectionHeader", "QQuickText"}) {
-            for (QQuickItem* item : shownItemsOfType(in, type)) {
-                if (item->property("text").toString() == QString::fromUtf8(words)) {
-                    return item;
-                }
-            }
-        }
-        throw std::logic_error(std::string{"Nobody says "} + words);
-    }
-    [[nodiscard]] QColor of(const Pair& pair) const {
-        return QColor{QLatin1String{GetParam() == Appearance::dark ? pair.dark : pair.light}};
-    }
-    [[nodiscard]] static QColor colorOf(const QObject* item) { return item->property("color").value<QColor>(); }
-    [[nodiscard]] static QColor outlineOf(const QObject* item) {
-        return item->property("border").value<QObject*>()->property("color").value<QColor>();
-    }
-    [[nodiscard]] static double outlineWidthOf(const QObject* item) {
-        return item->property("border").value<QObject*>()->property("width").toDouble();
-    }
-    /// The face behind what can be pressed.
-    [[nodiscard]] static QObject* faceOf(const QObject* control) {
-        return control->property("background").value<QObject*>();
-    }
-    void expectText(const QQuickItem* item, const Pair& color, int size, QFont::Weight weight) const {
-        const std::string words = item->property("text").toString().toStdString();
-        EXPECT_EQ(told(colorOf(item)), told(of(color))) << words;
-        EXPECT_EQ(item->property("font").value<QFont>().pixelSize(), size) << words;
-        EXPECT_EQ(item->property("font").value<QFont>().weight(), weight) << words;
-    }
-
-    Page page;
 };
 
 INSTANTIATE_TEST_SUITE_P(BothAppearances, QueueFace, testing::Values(Appearance::light, Appearance::dark),
-                         [](const auto& each) { return each.param == Appearance::dark ? "dark" : "light"; });
+                         appearanceName);
 
 /// A row with everything that a row can have.
 screens::QueueRow fullRow() {
@@ -142,9 +66,7 @@ TEST_P(QueueFace, aCardHasItsOutlineAndAHighlightedOneAYellowOne) {
         show(row);
         EXPECT_EQ(told(colorOf(cardItem())), told(of(card)));
         EXPECT_EQ(outlineWidthOf(cardItem()), 1);
-        const QColor hairline =
-            GetParam() == Appearance::dark ? withOpacity("#FFFFFF", 0.14) : withOpacity("#1A1206", 0.08);
-        EXPECT_EQ(told(outlineOf(cardItem())), highlighted ? told(QColor{"#F2C94C"}) : told(hairline));
+        EXPECT_EQ(told(outlineOf(cardItem())), highlighted ? told(QColor{"#F2C94C"}) : told(hairline()));
         EXPECT_EQ(told(colorOf(this->row()->childItems().at(0))), told(withOpacity("#000000", 0.05)));
     }
 }
@@ -157,8 +79,7 @@ TEST_P(QueueFace, theLinesHaveTheirLettersAndColours) {
     EXPECT_EQ(type->property("font").value<QFont>().weight(), QFont::DemiBold);
     EXPECT_EQ(type->property("font").value<QFont>().pixelSize(), 14);
     const screens::theme::ColorPair legible = screens::theme::adaptiveOfficeColor("#336699");
-    EXPECT_EQ(told(colorOf(type)),
-              told(screens::qml::toColor(GetParam() == Appearance::dark ? legible.dark : legible.light)));
+    EXPECT_EQ(told(colorOf(type)), told(screens::qml::toColor(isDark() ? legible.dark : legible.light)));
     expectText(text(row(), "June · for 2 doctors"), secondary, 12, QFont::Normal);
     expectText(text(row(), "Bring the blue folder"), secondary, 12, QFont::Normal);
     expectText(text(row(), "#3"), tertiary, 12, QFont::DemiBold);
@@ -167,12 +88,7 @@ TEST_P(QueueFace, theLinesHaveTheirLettersAndColours) {
 TEST_P(QueueFace, theMarkHasTheOfficesColourInThreeStrengths) {
     open();
     show(fullRow());
-    const auto discs = shownItemsOfType(only("TypeMark", row()), "QQuickRectangle");
-    ASSERT_EQ(discs.size(), 2U);
-    EXPECT_EQ(told(colorOf(discs[0])), told(withOpacity("#336699", 0.22)));
-    EXPECT_EQ(told(outlineOf(discs[0])), told(withOpacity("#336699", 0.55)));
-    EXPECT_EQ(outlineWidthOf(discs[0]), 1.5);
-    EXPECT_EQ(told(colorOf(discs[1])), told(QColor{"#336699"}));
+    expectMark(only("TypeMark", row()), "#336699");
 }
 
 TEST_P(QueueFace, aTimerIsSecondaryAndTurnsRed) {
@@ -196,12 +112,11 @@ TEST_P(QueueFace, theChipAndTheBadgeHaveTheirColours) {
         Pair text{};
         QColor fill;
     };
-    const bool isDark = GetParam() == Appearance::dark;
     const std::array<Case, 4> cases{{
         {"waiting", ink, QColor{"#FFE14D"}},
         {"acknowledged", blueText, withOpacity("#5789F2", 0.16)},
         {"done", {"#1E7A38", "#57C077"}, withOpacity("#2FA24F", 0.16)},
-        {"else", {"#6E6553", "#A29A8B"}, withOpacity(isDark ? tertiary.dark : tertiary.light, 0.16)},
+        {"else", {"#6E6553", "#A29A8B"}, withOpacity(isDark() ? tertiary.dark : tertiary.light, 0.16)},
     }};
     for (const Case& each : cases) {
         screens::QueueRow row = fullRow();

@@ -3,6 +3,7 @@
 #include "screens/qml/theme.h"
 
 #include <algorithm>
+#include <optional>
 #include <rapidcheck.h>
 #include <set>
 #include <string>
@@ -157,6 +158,38 @@ TEST(WhoModelTest, aDepartmentThatIsListedTwiceHasTwoRows) {
     EXPECT_EQ(*who.model.at(1), rowOf("a"));
 }
 
+TEST(WhoModelTest, aRowTellsWhatItIsDrawnWith) {
+    Who who;
+    const auto person = [](std::string id, std::string name, std::optional<std::string> color) {
+        return PersonRow{.memberId = std::move(id),
+                         .avatar = {.name = std::move(name), .colorHex = std::move(color), .diameter = 26},
+                         .queue = {},
+                         .doNotDisturb = {},
+                         .chosen = false};
+    };
+    who.setRows({AnyRow{.text = "Any", .chosen = false, .tint = theme::accentPalette(0)},
+                 GroupRow{.department = "nurse", .text = "Any Nurse", .chosen = false, .tint = theme::accentPalette(2)},
+                 person("a", "leila amari", "#12A594"), person("b", "", std::nullopt), person("c", "Bo", "teal")});
+    const auto tint = [&](int row) { return who.value(row, WhoModel::tint).value<ShownColor>(); };
+    EXPECT_EQ(tint(0), (ShownColor{theme::accentPalette(0)}));
+    EXPECT_EQ(tint(1), (ShownColor{theme::accentPalette(2)}));
+    EXPECT_EQ(tint(2), (ShownColor{theme::blueText}));
+    const auto disc = [&](int row) {
+        return who.value(row, WhoModel::disc).value<QColor>().name(QColor::HexArgb).toStdString();
+    };
+    // 29 in a hundred are 74 in 255.
+    EXPECT_EQ(disc(2), "#4a12a594");
+    EXPECT_EQ(disc(4), "#4aff8c28") << "what cannot be read is orange";
+    for (const int without : {0, 1, 3}) {
+        EXPECT_EQ(disc(without), "#00000000") << without;
+    }
+    const auto initials = [&](int row) { return who.value(row, WhoModel::initials).toString().toStdString(); };
+    EXPECT_EQ(initials(2), "LA");
+    EXPECT_EQ(initials(3), "?");
+    EXPECT_EQ(initials(4), "B");
+    EXPECT_EQ(initials(0) + initials(1), "") << "they have symbols";
+}
+
 /// The first of each id.
 std::vector<Choice> firstsOf(const std::vector<Choice>& choices) {
     std::vector<Choice> firsts;
@@ -199,6 +232,8 @@ TEST(TypeModelTest, theChosenTypeChangesWithoutMovingTheOthers) {
     const ComposeType ready{.id = "ready", .label = "Ready", .color = theme::rgb(0x2FA24F), .selected = true};
     const ComposeType urgent{.id = "urgent", .label = "Urgent", .color = theme::rgb(0xE21833)};
     types.setTypes({ready, urgent});
+    EXPECT_EQ(types.data(types.index(0), TypeModel::tint).value<QColor>(), QColor("#2FA24F"));
+    EXPECT_EQ(types.data(types.index(1), TypeModel::tint).value<QColor>(), QColor("#E21833"));
     const QPersistentModelIndex second = types.index(1);
     std::vector<int> changed;
     QObject::connect(&types, &TypeModel::dataChanged,
