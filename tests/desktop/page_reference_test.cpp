@@ -3,29 +3,22 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
-#include <tuple>
 
-#include <QFile>
+#include <QDir>
+#include <QStringList>
 #include <gtest/gtest.h>
 
 /// The page beside pictures of it that somebody has looked at: `./dev screenshots --references` draws them anew.
 namespace zelkovanta::desktop_test {
 namespace {
 
-class PageReference : public testing::TestWithParam<std::tuple<std::string, Appearance>> {};
+class PageReference : public testing::TestWithParam<KeptPicture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryPicture, PageReference,
-                         testing::Combine(testing::Values("person", "person-narrow", "form", "form-error", "form-quiet",
-                                                          "long", "setup"),
-                                          testing::Values(Appearance::light, Appearance::dark)));
-
-INSTANTIATE_TEST_SUITE_P(QueuePicture, PageReference,
-                         testing::Values(std::tuple{"room", Appearance::light},
-                                         std::tuple{"room-narrow", Appearance::dark},
-                                         std::tuple{"room-offline", Appearance::light},
-                                         std::tuple{"person-empty", Appearance::dark},
-                                         std::tuple{"person-unknown-status", Appearance::light},
-                                         std::tuple{"person-highlighted", Appearance::dark}));
+INSTANTIATE_TEST_SUITE_P(EveryPicture, PageReference, testing::ValuesIn(keptPictures()), [](const auto& each) {
+    std::string name = pictureName(each.param.scene, each.param.appearance);
+    std::ranges::replace(name, '-', '_');
+    return name;
+});
 
 /// How far two pictures are apart: the share of their pixels of which a channel differs by more than an eye forgives.
 double difference(const QImage& left, const QImage& right) {
@@ -46,9 +39,8 @@ double difference(const QImage& left, const QImage& right) {
 }
 
 TEST_P(PageReference, isWhatSomebodyHasLookedAt) {
-    const auto [name, appearance] = GetParam();
-    const std::string file =
-        "tests/data/screens/" + name + (appearance == Appearance::dark ? "-dark" : "-light") + ".png";
+    const auto& [name, appearance] = GetParam();
+    const std::string file = "tests/data/screens/" + pictureName(name, appearance) + ".png";
     const QImage reference(QString::fromStdString(file));
     ASSERT_FALSE(reference.isNull()) << file;
     const auto all = scenes();
@@ -58,6 +50,15 @@ TEST_P(PageReference, isWhatSomebodyHasLookedAt) {
     ASSERT_EQ(drawn.size(), reference.size());
     // A moved line of text is a hundredth of a picture; another way to smooth a letter is not.
     EXPECT_LT(difference(drawn, reference), 0.004) << file;
+}
+
+TEST(KeptPictures, areAllLookedAt) {
+    QStringList looked;
+    for (const KeptPicture& each : keptPictures()) {
+        looked.push_back(QString::fromStdString(pictureName(each.scene, each.appearance) + ".png"));
+    }
+    looked.sort();
+    EXPECT_EQ(QDir(QStringLiteral("tests/data/screens")).entryList(QDir::Files, QDir::Name), looked);
 }
 
 TEST(PictureDifference, findsAMovedLineAndForgivesASmoothedEdge) {

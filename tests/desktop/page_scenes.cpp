@@ -214,4 +214,23 @@ QImage draw(const Scene& scene, Appearance appearance, const std::string& langua
     return page.picture();
 }
 
+std::string pictureName(const std::string& scene, Appearance appearance) {
+    return scene + (appearance == Appearance::dark ? "-dark" : "-light");
+}
+
+std::vector<KeptPicture> keptPictures() {
+    std::vector<KeptPicture> kept{{"room", Appearance::light},
+                                  {"room-narrow", Appearance::dark},
+                                  {"room-offline", Appearance::light},
+                                  {"person-empty", Appearance::dark},
+                                  {"person-unknown-status", Appearance::light},
+                                  {"person-highlighted", Appearance::dark}};
+    for (const char* const scene :
+         {"person", "person-narrow", "crowd", "form", "form-error", "form-quiet", "long", "setup", "sign-in"}) {
+        kept.push_back({scene, Appearance::light});
+        kept.push_back({scene, Appearance::dark});
+    }
+    return kept;
+}
+
 }  // namespace zelkovanta::desktop_test

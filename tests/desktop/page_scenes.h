@@ -27,4 +27,15 @@ struct Scene {
 /// The page in that state, as it is drawn.
 [[nodiscard]] QImage draw(const Scene& scene, Appearance appearance, const std::string& language);
 
+/// "person-dark": what a picture of that state is called.
+[[nodiscard]] std::string pictureName(const std::string& scene, Appearance appearance);
+
+/// A picture in tests/data/screens that somebody has looked at, and that the page must go on looking like.
+struct KeptPicture {
+    std::string scene;
+    Appearance appearance = Appearance::light;
+};
+
+[[nodiscard]] std::vector<KeptPicture> keptPictures();
+
 }  // namespace zelkovanta::desktop_test
