@@ -2,30 +2,40 @@ import QtQuick
 import ZelkoVanta.Screens
 
 /// The place of a button that a row may have. The button is there while the row offers it.
-Loader {
+Item {
     id: offer
 
     required property shownButton spec
+    readonly property RowButton button: place.item as RowButton
 
     signal taken
 
     function follow() {
-        const button = offer.item as RowButton;
-        if (button && offer.spec.shown) {
-            button.spec = offer.spec;
+        if (offer.button && offer.spec.shown) {
+            offer.button.spec = offer.spec;
         } else if (offer.spec.shown) {
-            offer.setSource("RowButton.qml", {
+            place.setSource("RowButton.qml", {
                 spec: offer.spec
             });
-        } else if (button) {
+        } else if (offer.button) {
             // The keyboard stays in the row when its button goes.
-            if (button.activeFocus)
-                button.nextItemInFocusChain().forceActiveFocus(button.focusReason);
-            offer.source = "";
+            if (offer.button.activeFocus)
+                offer.button.nextItemInFocusChain().forceActiveFocus(offer.button.focusReason);
+            place.source = "";
         }
     }
 
+    // A Loader keeps the size of what it held.
+    implicitWidth: offer.button?.implicitWidth ?? 0
+    implicitHeight: offer.button?.implicitHeight ?? 0
+
     onSpecChanged: follow()
     Component.onCompleted: follow()
-    onLoaded: (offer.item as RowButton).clicked.connect(offer.taken)
+
+    Loader {
+        id: place
+
+        anchors.fill: parent
+        onLoaded: offer.button.clicked.connect(offer.taken)
+    }
 }

@@ -179,6 +179,23 @@ TEST_P(QueueFace, aRowHoldsNoMoreButtonsThanItOffers) {
     EXPECT_EQ(shownItemsOfType(this->row(), "RowButton").size(), 3U);
 }
 
+TEST_P(QueueFace, whatIsLeftClosesTheGapOfAButtonThatHasGone) {
+    open();
+    screens::QueueRow fewer = fullRow();
+    fewer.onAcknowledge.reset();
+    fewer.onCancel.reset();
+    const auto placeOfDone = [&] {
+        return only("RowButton", row())->mapRectToItem(row(), {{}, only("RowButton", row())->size()});
+    };
+    show(fewer);
+    const QRectF fresh = placeOfDone();
+    const double height = row()->height();
+    show(fullRow());
+    show(fewer);
+    EXPECT_EQ(placeOfDone(), fresh);
+    EXPECT_EQ(row()->height(), height);
+}
+
 TEST_P(QueueFace, aStatusThatIsNotKnownStaysWithinItsCard) {
     open();
     screens::QueueRow row = fullRow();

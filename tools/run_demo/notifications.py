@@ -10,12 +10,12 @@ import dbus
 NAME = "org.freedesktop.Notifications"
 PATH = "/org/freedesktop/Notifications"
 
-# Beside the windows' corner, so that a picture shows what lies above what.
+# Over the edge of the window beside it, so that a picture shows what lies above what, and the rest of the window.
 SETTINGS = """[global]
     dmenu = {folder}/menu
     idle_threshold = 0
     origin = top-right
-    offset = 240x100
+    offset = 30x100
     width = 340
     font = DejaVu Sans 11
     show_indicators = yes
