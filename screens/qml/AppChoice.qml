@@ -19,6 +19,8 @@ T.ComboBox {
 
     /// A person takes this entry.
     signal chosen(string choiceId)
+    /// The keyboard arrives, in this way; not when it only comes back with its window or from the opened list.
+    signal entered(int reason)
 
     function follow() {
         control.currentIndex = control.choices.indexOf(control.chosenId);
@@ -61,6 +63,8 @@ T.ComboBox {
         }
     }
 
+    onActiveFocusChanged: if (activeFocus && focusReason !== Qt.ActiveWindowFocusReason && focusReason !== Qt.PopupFocusReason)
+        entered(focusReason)
     onActivated: index => {
         control.chosen(control.choices.idAt(index));
         control.follow();

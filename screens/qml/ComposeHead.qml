@@ -44,8 +44,10 @@ Item {
             choices: head.compose.rooms
             chosenId: head.compose.selectedRoomId
             onChosen: choiceId => head.compose.chooseRoom(choiceId)
-            onActiveFocusChanged: if (activeFocus && focusReason !== Qt.MouseFocusReason)
-                head.entered(0, y + height + 8)
+            onEntered: reason => {
+                if (reason !== Qt.MouseFocusReason)
+                    head.entered(0, y + height + 8);
+            }
         }
         Caption {
             width: parent.width
@@ -75,8 +77,10 @@ Item {
 
                     widest: types.width
                     onClicked: head.compose.chooseType(typeId)
-                    onActiveFocusChanged: if (activeFocus && focusReason !== Qt.MouseFocusReason)
-                        head.entered(types.y + y - 8, types.y + y + height + 8)
+                    onEntered: reason => {
+                        if (reason !== Qt.MouseFocusReason)
+                            head.entered(types.y + y - 8, types.y + y + height + 8);
+                    }
                 }
             }
         }

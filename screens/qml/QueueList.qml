@@ -21,6 +21,27 @@ ListView {
     /// By mouse or by key: only a key shows where it is.
     property int cameBy: Qt.OtherFocusReason
 
+    /// The signal whose row was scrolled away with the keyboard in it, and where that row stood. The list has the
+    /// keyboard then, so that no key presses what nobody sees.
+    property string leftId: ""
+    property int leftAt: -1
+
+    /// Where the arrows and the tab key go on from while the list itself has the keyboard.
+    function placeLeft(): int {
+        const at = list.rows.placeOf(list.leftId);
+        return Math.max(0, Math.min(list.count - 1, at >= 0 ? at : list.leftAt));
+    }
+
+    /// Takes the keyboard to the first button of the row that was left, or to what comes before it.
+    function tabOn(forward) {
+        const to = forward ? list.placeLeft() : list.placeLeft() - 1;
+        list.positionViewAtIndex(Math.max(0, to), ListView.Contain);
+        // Rows that have just come are not yet in their order for the tab key.
+        const row = list.itemAtIndex(to) as QueueRow;
+        const next = forward ? (row ?? list).nextItemInFocusChain() : row?.lastButton() ?? list.nextItemInFocusChain(false);
+        next?.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+    }
+
     /// Takes the keyboard to the row that stands where one has gone, unless it is wanted elsewhere by now.
     function followUp() {
         const to = list.vacated;
@@ -59,6 +80,11 @@ ListView {
     currentIndex: -1
     bottomMargin: room
 
+    Keys.onUpPressed: list.step(list.placeLeft(), -1, Qt.TabFocusReason)
+    Keys.onDownPressed: list.step(list.placeLeft(), 1, Qt.TabFocusReason)
+    Keys.onTabPressed: list.tabOn(true)
+    Keys.onBacktabPressed: list.tabOn(false)
+
     Accessible.role: Accessible.List
     Accessible.name: label
 
@@ -78,11 +104,14 @@ ListView {
 
         onYChanged: order.schedule()
         // The keyboard never goes where nobody looks. What is being pressed stays under the pointer.
+        onEntered: reason => {
+            if (reason !== Qt.MouseFocusReason)
+                list.positionViewAtIndex(entry.index, ListView.Contain);
+        }
         onHasKeyboardChanged: {
             if (hasKeyboard) {
                 list.enteredRow = entry.index;
-                if (list.lastReason() !== Qt.MouseFocusReason)
-                    list.positionViewAtIndex(entry.index, ListView.Contain);
+                list.leftId = "";
             } else if (list.enteredRow === entry.index) {
                 list.enteredRow = -1;
             }
@@ -96,10 +125,14 @@ ListView {
             list.cameBy = list.lastReason();
             Qt.callLater(list.followUp); // qmllint disable type
         }
-        // A row that waits for its next use is none for a screen reader, and none for the keyboard.
+        // A row that waits for its next use is none for a screen reader, and none for the keyboard, not even for one
+        // that is in another window now.
         ListView.onPooled: {
-            if (entry.activeFocus)
-                list.forceActiveFocus(Qt.OtherFocusReason);
+            if (entry.focus) {
+                list.leftId = entry.signalId;
+                list.leftAt = entry.index;
+                entry.focus = false;
+            }
             entry.visible = false;
         }
         ListView.onReused: entry.visible = true

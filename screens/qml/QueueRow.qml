@@ -32,6 +32,14 @@ FocusScope {
     readonly property real indent: padding + 38
     readonly property real gap: 4
 
+    /// The keyboard arrives at one of the buttons.
+    signal entered(int reason)
+
+    /// Null if it has none.
+    function lastButton() {
+        return cancelOffer.button ?? doneOffer.button ?? acknowledgeOffer.button;
+    }
+
     implicitHeight: card.height + 8
 
     Accessible.role: Accessible.ListItem
@@ -66,7 +74,7 @@ FocusScope {
     Item {
         id: head
 
-        readonly property bool oneLine: roomText.implicitWidth + 8 + typeText.implicitWidth <= width || row.type === ""
+        readonly property bool oneLine: Math.ceil(roomText.implicitWidth) + 8 + Math.ceil(typeText.implicitWidth) <= width || row.type === ""
 
         x: row.indent
         y: 10
@@ -154,16 +162,22 @@ FocusScope {
             id: buttonParts
 
             RowOffer {
+                id: acknowledgeOffer
                 spec: row.acknowledge
                 onTaken: row.rows.pressAcknowledge(row.signalId)
+                onEntered: reason => row.entered(reason)
             }
             RowOffer {
+                id: doneOffer
                 spec: row.done
                 onTaken: row.rows.pressDone(row.signalId)
+                onEntered: reason => row.entered(reason)
             }
             RowOffer {
+                id: cancelOffer
                 spec: row.cancel
                 onTaken: row.rows.pressCancel(row.signalId)
+                onEntered: reason => row.entered(reason)
             }
         }
     }

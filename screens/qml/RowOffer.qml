@@ -9,6 +9,8 @@ Item {
     readonly property RowButton button: place.item as RowButton
 
     signal taken
+    /// The keyboard arrives at the button.
+    signal entered(int reason)
 
     function follow() {
         if (offer.button && offer.spec.shown) {
@@ -36,6 +38,9 @@ Item {
         id: place
 
         anchors.fill: parent
-        onLoaded: offer.button.clicked.connect(offer.taken)
+        onLoaded: {
+            offer.button.clicked.connect(offer.taken);
+            offer.button.entered.connect(offer.entered);
+        }
     }
 }

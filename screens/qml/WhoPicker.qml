@@ -12,6 +12,9 @@ ListView {
 
     readonly property bool choosesRoom: head.choosesRoom
 
+    /// How the keyboard came to a row that has just gone.
+    property int cameBy: Qt.OtherFocusReason
+
     function step(by: int) {
         const to = list.currentIndex + by;
         if (to >= 0 && to < list.count) {
@@ -22,10 +25,18 @@ ListView {
         }
     }
 
-    /// The row with the keyboard is gone: whoever stands there now has it.
+    /// The row with the keyboard is gone: whoever stands there now has it, unless it is wanted elsewhere by now.
     function keepKeyboard() {
+        list.forceLayout();
+        if (!list.activeFocus) {
+            return;
+        }
         const next = list.currentItem ?? list.nextItemInFocusChain(true);
-        next.forceActiveFocus(Qt.TabFocusReason);
+        // The list has handed the keyboard on, but not the way in which it came.
+        if (next?.activeFocus) {
+            next.focus = false;
+        }
+        next?.forceActiveFocus(list.cameBy);
     }
 
     clip: true
@@ -91,12 +102,12 @@ ListView {
             list.currentIndex = entry.index;
             list.compose.pressWho(entry.index);
         }
-        onActiveFocusChanged: if (activeFocus) {
-            list.currentIndex = entry.index;
-            // What is pressed with the mouse must not move away below it.
-            if (focusReason !== Qt.MouseFocusReason) {
+        onActiveFocusChanged: if (activeFocus)
+            list.currentIndex = entry.index
+        // What is pressed with the mouse must not move away below it.
+        onEntered: reason => {
+            if (reason !== Qt.MouseFocusReason)
                 list.positionViewAtIndex(entry.index, ListView.Contain);
-            }
         }
         Keys.onUpPressed: list.step(-1)
         Keys.onDownPressed: list.step(1)
@@ -105,9 +116,10 @@ ListView {
     Connections {
         target: list.model
         function onRowsAboutToBeRemoved(parent: var, first: int, last: int) {
-            const hasKeyboard = list.currentItem?.activeFocus ?? false;
-            if (hasKeyboard && first <= list.currentIndex && list.currentIndex <= last) {
-                Qt.callLater(list.keepKeyboard);
+            const leaving = list.currentItem as WhoRow;
+            if (leaving?.activeFocus && first <= list.currentIndex && list.currentIndex <= last) {
+                list.cameBy = leaving.focusReason;
+                Qt.callLater(list.keepKeyboard); // qmllint disable type
             }
         }
     }

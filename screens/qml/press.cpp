@@ -123,6 +123,9 @@ void Press::focusInEvent(QFocusEvent* event) {
     }
     setVisualFocus(focusReason_ == Qt::TabFocusReason || focusReason_ == Qt::BacktabFocusReason ||
                    focusReason_ == Qt::ShortcutFocusReason);
+    if (!isBack) {
+        Q_EMIT entered(reason);
+    }
 }
 
 void Press::focusOutEvent(QFocusEvent* event) {

@@ -43,6 +43,8 @@ public:
 
 Q_SIGNALS:
     void clicked();
+    /// The keyboard arrives, in this way; not when it only comes back with its window or from a list that was open.
+    void entered(Qt::FocusReason reason);
     void textChanged();
     void contentItemChanged();
     void backgroundChanged();

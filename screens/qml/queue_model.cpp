@@ -89,6 +89,11 @@ int QueueModel::tick() {
     return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(left).count());
 }
 
+int QueueModel::placeOf(const QString& id) const {
+    const auto found = std::ranges::find(rows(), id.toStdString(), [](const auto& entry) { return entry->drawn.id; });
+    return found == rows().end() ? -1 : static_cast<int>(found - rows().begin());
+}
+
 QString QueueModel::header() const {
     return shown(header_.value_or(""));
 }

@@ -67,6 +67,8 @@ public:
     Q_INVOKABLE void appear();
     /// Has the wait timers drawn again, and nothing else. In how many milliseconds they are to be drawn the next time.
     Q_INVOKABLE int tick();
+    /// Where the row of this signal stands; -1 if there is none.
+    Q_INVOKABLE int placeOf(const QString& id) const;
     /// A button of a row; nothing if the row or the button is not there, or no longer.
     Q_INVOKABLE void pressAcknowledge(const QString& id) { press(id, &QueueRow::onAcknowledge); }
     Q_INVOKABLE void pressDone(const QString& id) { press(id, &QueueRow::onDone); }

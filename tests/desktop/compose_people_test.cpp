@@ -122,6 +122,36 @@ TEST_F(ComposePeople, theKeyboardGoesOnWhereSomebodyHasLeft) {
     EXPECT_FALSE(isOpen());
 }
 
+TEST_F(ComposePeople, whereSomebodyHasLeftWhoWasClickedTheNextOneShowsNoRing) {
+    openRoom();
+    const auto showsRing = [this] { return page.window->activeFocusItem()->property("visualFocus").toBool(); };
+    pick("Dr. Leila Amari");
+    ASSERT_TRUE(isFocused(QAccessible::CheckBox, "Dr. Leila Amari"));
+    leaveTheShift(0);
+    EXPECT_TRUE(isFocused(QAccessible::CheckBox, "Dr. Henrik Voss"));
+    EXPECT_FALSE(showsRing());
+    page.key(Qt::Key_Down);
+    page.key(Qt::Key_Up);
+    ASSERT_TRUE(isFocused(QAccessible::CheckBox, "Dr. Henrik Voss"));
+    leaveTheShift(1);
+    EXPECT_TRUE(showsRing()) << "whoever came by key still sees where they are";
+}
+
+TEST_F(ComposePeople, aKeyboardThatIsWantedElsewhereStaysThere) {
+    openRoom();
+    auto* const button = qobject_cast<QQuickItem*>(page.node(QAccessible::Button, sendButton).interface->object());
+    ASSERT_TRUE(tabTo(QAccessible::CheckBox, "Any Provider"));
+    page.key(Qt::Key_Down);
+    ASSERT_TRUE(isFocused(QAccessible::CheckBox, "Dr. Leila Amari"));
+    records::Member gone = practice().members.at(0);
+    gone.onShift = false;
+    page.computer.deliverRecord("member.updated", server::server_message::MemberUpdated{gone});
+    button->forceActiveFocus(Qt::MouseFocusReason);
+    page.settle();
+    EXPECT_FALSE(page.shows(QAccessible::CheckBox, "Dr. Leila Amari"));
+    EXPECT_TRUE(isFocused(QAccessible::Button, sendButton));
+}
+
 TEST_F(ComposePeople, escapeLeavesTheFormOnceTheFocusedPersonIsGone) {
     openRoom();
     ASSERT_TRUE(tabTo(QAccessible::CheckBox, "Any Provider"));

@@ -1,10 +1,12 @@
 #include "tests/desktop/compose_page.h"
 #include "tests/desktop/drawn_items.h"
+#include "tests/desktop/window_focus.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <QColor>
@@ -119,6 +121,26 @@ TEST_F(ComposeRows, aKindOfSignalThatSticksOutIsChosenWhereItIsClicked) {
     ASSERT_TRUE(tabTo(QAccessible::Button, "Back"));
     ASSERT_TRUE(tabTo(QAccessible::RadioButton, "Urgent"));
     EXPECT_GE(rectOf(urgent()).top(), rectOf(list()).top()) << "a key brings it into sight";
+}
+
+TEST_F(ComposeRows, stayWhereTheyAreWhenThePersonComesBackToTheWindow) {
+    openProvider(addPeople);
+    page.resize(420, 520);
+    const std::vector<std::pair<QAccessible::Role, std::string>> stops{
+        {QAccessible::ComboBox, "Room"}, {QAccessible::RadioButton, "Urgent"}, {QAccessible::CheckBox, "Any Provider"}};
+    for (const auto& [role, name] : stops) {
+        ASSERT_TRUE(tabTo(role, name));
+        QQuickItem* const focused = page.window->activeFocusItem();
+        scrollTo(scrolled() + rectOf(focused).bottom() - rectOf(list()).top() - 3);
+        const double before = scrolled();
+        ASSERT_LT(rectOf(focused).top(), rectOf(list()).top());
+        leaveWindow(page.window);
+        ASSERT_EQ(page.window->activeFocusItem(), nullptr);
+        comeBackTo(page.window);
+        page.settle();
+        EXPECT_EQ(page.window->activeFocusItem(), focused) << name;
+        EXPECT_EQ(scrolled(), before) << name;
+    }
 }
 
 TEST_F(ComposeRows, keepTheBeginningInSightExactlyWhereItIs) {

@@ -240,5 +240,34 @@ TEST_F(QueueGeometry, lettersShrinkToNoLessThanFourFifths) {
     EXPECT_EQ(shrinking, 2);
 }
 
+TEST_F(QueueGeometry, aHeadIsInOneLineOnlyWhereItsLettersNeedNotShrink) {
+    open(call());
+    QQuickItem* const shown = row();
+    QQuickItem* const room = text("Words", "Room 3");
+    QQuickItem* const type = text("Words", "Patient ready");
+    QQuickItem* const head = room->parentItem();
+    int inOneLine = 0;
+    int inTwo = 0;
+    for (const char* const name : {"Room 3", "Room 11", "Surgery", "Films", "Wing W", "Hall", "Till 7", "Lab"}) {
+        shown->setProperty("room", name);
+        const double whole = room->implicitWidth() + 8 + type->implicitWidth();
+        for (const double width : {std::floor(whole), std::ceil(whole), std::ceil(whole) + 1}) {
+            shown->setWidth(shown->width() + width - head->width());
+            page.settle();
+            ASSERT_EQ(head->width(), width);
+            if (head->property("oneLine").toBool()) {
+                ++inOneLine;
+                EXPECT_GE(room->width(), room->implicitWidth()) << name << " in " << width;
+                EXPECT_GE(type->width(), type->implicitWidth()) << name << " in " << width;
+            } else {
+                ++inTwo;
+                EXPECT_LT(width, std::ceil(whole) + 1) << name;
+            }
+        }
+    }
+    EXPECT_GE(inOneLine, 8);
+    EXPECT_GE(inTwo, 8);
+}
+
 }  // namespace
 }  // namespace zelkovanta::desktop_test
