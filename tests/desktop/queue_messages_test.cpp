@@ -12,7 +12,7 @@ namespace message = server::server_message;
 class QueueMessages : public testing::Test {
 protected:
     void SetUp() override {
-        page.computer.launchWith("member", snapshot_);
+        page.computer.launchWith("member", told);
         page.open();
         page.computer.socket().accept();
         ASSERT_NE(page.rowItem("a"), nullptr);
@@ -29,7 +29,7 @@ protected:
     [[nodiscard]] bool isMarked() const { return page.model->queue()->received()->header() == "By hand"; }
 
     Page page;
-    records::StateSnapshot snapshot_ = practice([](records::StateSnapshot& snapshot) {
+    records::StateSnapshot told = practice([](records::StateSnapshot& snapshot) {
         snapshot.device = support::makeDeviceOfMember("dr-amari");
         snapshot.signalTypes.push_back(support::makeType("films", 20, [](records::SignalType& type) {
             type.key = "films";
@@ -48,7 +48,7 @@ protected:
 
 TEST_F(QueueMessages, aRoomThatIsRenamedIsRenamedInTheRows) {
     ASSERT_EQ(shown("room"), "Room 3");
-    auto rooms = snapshot_.rooms;
+    auto rooms = told.rooms;
     rooms.at(1).name = "Surgery";
     page.computer.deliverRecord("rooms.updated", message::RoomsUpdated{rooms});
     page.settle();
@@ -59,7 +59,7 @@ TEST_F(QueueMessages, aRoomThatIsRenamedIsRenamedInTheRows) {
 TEST_F(QueueMessages, aTypeThatIsCalledAndColouredAnewIsSoInTheRows) {
     ASSERT_EQ(shown("type"), "Films");
     const auto before = page.rowItem("a")->property("mark").value<QColor>();
-    auto types = snapshot_.signalTypes;
+    auto types = told.signalTypes;
     types.back().label = "X-rays";
     types.back().color = "#E21833";
     page.computer.deliverRecord("types.updated", message::TypesUpdated{types});
@@ -72,7 +72,7 @@ TEST_F(QueueMessages, aTypeThatIsCalledAndColouredAnewIsSoInTheRows) {
 
 TEST_F(QueueMessages, anOfficeOfAnotherTradeCallsItsTypesByItsOwnWords) {
     ASSERT_TRUE(page.says("Patient ready"));
-    auto office = snapshot_.office;
+    auto office = told.office;
     office.vertical = "veterinary";
     page.computer.deliverRecord("office.updated", message::OfficeUpdated{office});
     page.settle();
@@ -102,7 +102,7 @@ TEST_F(QueueMessages, aSignalOnItsWayLeavesTheRowsAlone) {
     ASSERT_FALSE(page.computer.state().isSending);
     EXPECT_TRUE(isMarked());
     // What does concern them makes them anew.
-    page.computer.deliverRecord("rooms.updated", message::RoomsUpdated{snapshot_.rooms});
+    page.computer.deliverRecord("rooms.updated", message::RoomsUpdated{told.rooms});
     page.settle();
     EXPECT_FALSE(isMarked());
 }
