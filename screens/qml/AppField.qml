@@ -18,6 +18,7 @@ TextInput {
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true
     activeFocusOnTab: true
+    clip: true
 
     Accessible.role: Accessible.EditableText
     Accessible.name: label
@@ -49,6 +50,27 @@ TextInput {
         z: -1
         radius: Theme.radius
         color: Theme.card
+    }
+    // A text that is longer than the field ends before its frame.
+    Rectangle {
+        x: 2
+        y: Theme.radius / 2
+        width: control.leftPadding - x
+        height: parent.height - 2 * y
+        color: Theme.card
+    }
+    Rectangle {
+        x: parent.width - 2 - width
+        y: Theme.radius / 2
+        // The caret stands behind the last letter.
+        width: control.rightPadding - 4
+        height: parent.height - 2 * y
+        color: Theme.card
+    }
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.radius
+        color: "transparent"
         border.width: control.activeFocus ? 2 : 1
         border.color: control.activeFocus ? Theme.focusRing : Theme.hairline
     }

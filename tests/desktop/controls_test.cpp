@@ -247,6 +247,30 @@ TEST(Field, isOutlinedWhileItHasTheKeyboard) {
     EXPECT_EQ(piece.node(QAccessible::EditableText).name, "Note");
 }
 
+TEST(Field, keepsATextThatIsTooLongWithinItsFrame) {
+    // As dark as a letter can be, and letters without gaps.
+    Piece piece(
+        R"(AppField { objectName: "field"; label: "Note"; x: 40; y: 20; width: 160; text: "MMMMMMMMMMMMMMMMMMMMMMMM" })");
+    const QColor letter = piece.theme().property("primary").value<QColor>();
+    const auto lettersFromTo = [&](double left, double right) {
+        const QImage picture = piece.picture();
+        int count = 0;
+        for (double x = left; x < right; ++x) {
+            for (double y = 20; y < 52; ++y) {
+                count += pixelAt(picture, x, y) == letter ? 1 : 0;
+            }
+        }
+        return count;
+    };
+    for (const int at : {24, 0}) {
+        piece.item("field")->setProperty("cursorPosition", at);
+        piece.settle();
+        EXPECT_EQ(lettersFromTo(0, 50), 0) << at;
+        EXPECT_GT(lettersFromTo(50, 192), 50) << at;
+        EXPECT_EQ(lettersFromTo(194, 240), 0) << at;
+    }
+}
+
 TEST(Field, tellsAScreenReaderWhatBelongsIntoIt) {
     const Piece piece(R"(AppField { label: "Code"; placeholderText: "XXXX-XXXX"; width: 160 })");
     EXPECT_EQ(piece.node(QAccessible::EditableText).interface->text(QAccessible::Description), "XXXX-XXXX");
