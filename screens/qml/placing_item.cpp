@@ -4,6 +4,11 @@
 
 namespace zelkovanta::screens::qml {
 
+PlacingItem::~PlacingItem() {
+    // An item tells of its children's leave when it is no more than an item.
+    disconnect(this, nullptr, this, nullptr);
+}
+
 std::vector<QQuickItem*> PlacingItem::piecesOf(const QQuickItem& of) {
     std::vector<QQuickItem*> pieces;
     for (QQuickItem* child : of.childItems()) {

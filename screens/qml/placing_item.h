@@ -17,6 +17,7 @@ class PlacingItem : public QQuickItem {
 
 public:
     using QQuickItem::QQuickItem;
+    ~PlacingItem() override;
 
 protected:
     /// The children of `of` that take room.

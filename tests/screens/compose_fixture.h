@@ -20,6 +20,13 @@ namespace zelkovanta::screens {
 struct ComposeTest : testing::Test, support::Computer {
     using Lines = std::vector<std::string>;
 
+    // A sending that nobody answers holds its form for longer than the collaborators live.
+    ~ComposeTest() override {
+        if (form) {
+            form->disappear();
+        }
+    }
+
     static records::SignalType typeOf(std::string id, std::string key, std::int64_t order) {
         return support::makeType(std::move(id), 0, [&](records::SignalType& type) {
             type.key = std::move(key);
